@@ -1,0 +1,28 @@
+// DirHandle: sole owner of an open directory stream (DIR*).
+// Never throws or logs: whether a failed open is an answer ("nothing there")
+// or an error is the caller's choice. Not shared between threads.
+#pragma once
+
+#include <dirent.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+class DirHandle final {
+public:
+    /// Opens `path` (UTF-8). On failure isOpen() is false and errno is set.
+    explicit DirHandle(const std::string& path);
+
+    [[nodiscard]] bool isOpen() const { return stream_ != nullptr; }
+    /// Next entry name (bytes, readdir order, "." and ".." included), or
+    /// nothing at the end, with errno 0, and on failure, with errno set.
+    /// Requires isOpen().
+    [[nodiscard]] std::optional<std::string> nextName();
+
+private:
+    struct Closer {
+        void operator()(DIR* stream) const { closedir(stream); }
+    };
+    std::unique_ptr<DIR, Closer> stream_;
+};

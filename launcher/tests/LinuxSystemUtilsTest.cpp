@@ -1,0 +1,67 @@
+#include "LinuxSystemUtils.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <clocale>
+#include <ctime>
+
+#include "PosixLibraryHandle.h"
+#include "ScopedEnvironment.h"
+#include "TextConversion.h"
+
+namespace {
+
+const LinuxSystemUtils systemUtils;
+
+TEST(LinuxSystemUtilsTest, TakesTheLocaleOfTheEnvironmentAndFallsBackToEnglish)
+{
+    const std::pair<const char*, const wchar_t*> cases[] = {
+        {"", L"en_US en"},
+        {"C", L"en_US en"},
+        {"xx_YY.UTF-8", L"en_US en"},
+        {"ru_RU.UTF-8", L"ru_RU ru"},
+        {"de_DE@euro", L"de_DE de"},
+    };
+    const ScopedEnvironment all("LC_ALL", nullptr), type("LC_CTYPE", nullptr);
+    for (const auto& [name, expected] : cases) {
+        const bool known = std::setlocale(LC_CTYPE, name) || std::wstring(expected) == L"en_US en";
+        if (!known) GTEST_SKIP() << "the system lacks " << name;
+        std::setlocale(LC_CTYPE, "C");
+        const ScopedEnvironment lang("LANG", name);
+        EXPECT_EQ(systemUtils.getLocaleName() + L" " + systemUtils.getLanguageName(), expected);
+    }
+    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "de_DE@euro");  // is the process's, too
+}
+
+TEST(LinuxSystemUtilsTest, GivesTheLocalTimeWithMilliseconds)
+{
+    const ScopedEnvironment zone("TZ", "XYZ-5:30");
+    const std::time_t before = std::time(nullptr);
+    std::tm parsed{};
+    const std::string text = toUtf8(systemUtils.getCurrentTimeText());
+    EXPECT_STREQ(strptime(text.c_str(), "%Y/%m/%d-%H:%M:%S", &parsed), text.c_str() + 19);
+    const std::time_t told = timegm(&parsed) - 19800;  // 5:30 hours
+    EXPECT_TRUE(told >= before && told <= std::time(nullptr));
+}
+
+TEST(LinuxSystemUtilsTest, DescribesTheCurrentErrno)
+{
+    errno = 4095;
+    EXPECT_EQ(systemUtils.getLastErrorText(), L"(4095) Unknown error 4095");
+}
+
+TEST(PosixLibraryHandleTest, FindsSymbolsUntilItIsClosed)
+{
+    const std::wstring name = L"libBrokenLocale.so.1";  // of the C library, else loaded by nobody
+    const std::shared_ptr<ILibraryHandle> library = systemUtils.loadLibrary(name);
+    ASSERT_FALSE(library->isEmpty()) << toUtf8(library->getErrorText());
+    std::ignore = systemUtils.loadLibrary(name, 1);  // closes for itself alone
+    EXPECT_NE(library->getSymbol("__ctype_get_mb_cur_max"), nullptr);
+    EXPECT_TRUE(library->close() && library->isEmpty() && library->close());
+    EXPECT_EQ(library->getSymbol("__ctype_get_mb_cur_max"), nullptr);  // though the process has one
+    EXPECT_EQ(dlopen(toUtf8(name).c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr);
+}
+
+}  // namespace
