@@ -1,0 +1,175 @@
+#include "LinuxFileLogger.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <string_view>
+
+#include "DirHandle.h"
+#include "LastErrorText.h"
+#include "LauncherException.h"
+#include "LocalTimeText.h"
+#include "MessageCatalogue.h"
+#include "MessageIds.h"
+#include "SpecialFile.h"
+#include "TextConversion.h"
+
+namespace {
+
+constexpr std::int64_t kForever = -1;
+
+// Serialises writing, flushing and closing for all loggers of the process.
+std::timed_mutex logMutex;
+std::atomic<std::int64_t> waitLimitMillis{kForever};
+
+/// Takes the log mutex; without it when a limit is set and has run out.
+std::unique_lock<std::timed_mutex> lockLog()
+{
+    const std::int64_t limit = waitLimitMillis.load(std::memory_order_relaxed);
+    if (limit == kForever) return std::unique_lock(logMutex);
+    return std::unique_lock(logMutex, std::chrono::milliseconds(limit));
+}
+
+[[noreturn]] void raiseCreationError(const std::wstring& path)
+{
+    const std::wstring error = lastErrorText();
+    throw LauncherException(exit_code::kLogFile,
+                            formatMessage(IDS_FILE_CREATION_ERROR, path, error));
+}
+
+/// The number of a rotated log: what stands one character behind `baseName`,
+/// whatever that character is (meant to be the dot; required). Nothing for
+/// other names; 0 for the log itself and for no digits at all.
+std::optional<std::int64_t> rotationNumber(const std::string& name, std::string_view baseName)
+{
+    if (name == baseName) return 0;
+    if (name.size() <= baseName.size() || name.compare(0, baseName.size(), baseName) != 0) {
+        return std::nullopt;
+    }
+    const char* digits = name.c_str() + baseName.size() + 1;
+    char* end = nullptr;
+    const auto number = static_cast<std::int64_t>(std::strtoull(digits, &end, 10));
+    if (*end != '\0') return std::nullopt;
+    return number;
+}
+
+/// What the log's directory holds of it.
+struct RotationState {
+    bool logExists = false;
+    std::int64_t highestNumber = 0;
+};
+
+RotationState readRotationState(const std::wstring& path, const std::string& directory,
+                                std::string_view baseName)
+{
+    DirHandle entries(directory);
+    if (!entries.isOpen()) raiseCreationError(path);
+    RotationState state;
+    while (const std::optional<std::string> name = entries.nextName()) {
+        const std::optional<std::int64_t> number = rotationNumber(*name, baseName);
+        if (!number) continue;
+        // 0 counts as the log itself, also for a bare "log." (required).
+        if (*number == 0) state.logExists = true;
+        // A number without a successor does not fit and is ignored.
+        const bool fits = *number < std::numeric_limits<std::int64_t>::max();
+        if (fits && *number > state.highestNumber) state.highestNumber = *number;
+    }
+    if (errno != 0) raiseCreationError(path);  // an unseen log could be overwritten
+    return state;
+}
+
+void rotate(const std::wstring& path, const std::string& bytePath, std::int64_t number)
+{
+    std::array<char, 4096> target{};
+    const int length =
+        std::snprintf(target.data(), target.size(), "%s.%ld", bytePath.c_str(), number);
+    if (length >= 1 && std::rename(bytePath.c_str(), target.data()) == 0) return;
+    const std::wstring error = lastErrorText();
+    throw LauncherException(exit_code::kLogFile, formatMessage(IDS_CANNOT_ROTATE_LOG, path,
+                                                               toWide(target.data()), error));
+}
+
+void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
+{
+    const std::size_t separator = bytePath.find_last_of("/\\");
+    const bool bare = separator == std::string::npos;
+    // The directory of "/name" is the root, though nothing stands before its '/'.
+    const std::string directory = bare ? "." : bytePath.substr(0, separator == 0 ? 1 : separator);
+    const std::string baseName = bare ? bytePath : bytePath.substr(separator + 1);
+
+    const RotationState state = readRotationState(path, directory, baseName);
+    if (state.logExists && !isSpecialFile(bytePath)) {
+        rotate(path, bytePath, state.highestNumber + 1);
+    }
+}
+
+std::wstring_view lastComponent(std::wstring_view path)
+{
+    const std::size_t separator = path.find_last_of(L"/\\");
+    return separator == std::wstring_view::npos ? path : path.substr(separator + 1);
+}
+
+}  // namespace
+
+LinuxFileLogger::LinuxFileLogger(const std::wstring& path, std::int32_t pid) : pid_(pid)
+{
+    const std::string bytePath = toUtf8(path);
+    rotateExistingLog(path, bytePath);
+    stream_ = openFile(bytePath, "a+b");
+    if (!stream_) raiseCreationError(path);
+}
+
+LinuxFileLogger::~LinuxFileLogger()
+{
+    close();
+    sync();
+}
+
+void LinuxFileLogger::log(const std::wstring& level, const wchar_t* className, const wchar_t* file,
+                          std::int32_t line, const wchar_t* func, const std::wstring& message)
+{
+    std::string text = localTimeText();
+    text.append(",SYSTEM,0,level=").append(toUtf8(level));
+    text.append(",pid=").append(std::to_string(pid_));
+    text.append(",tid=").append(std::to_string(gettid()));
+    text.append(",component=launcher,class=").append(toUtf8(className));
+    text.append(",file=").append(toUtf8(std::wstring(lastComponent(file ? file : L""))));
+    text.append(",line=").append(std::to_string(line));
+    text.append(",func=").append(toUtf8(func));
+    text.append(",message=").append(toUtf8(message));
+    text += '\n';
+
+    const std::unique_lock lock = lockLog();
+    if (lock && stream_) fwrite(text.data(), 1, text.size(), stream_.get());
+}
+
+void LinuxFileLogger::flush()
+{
+    const std::unique_lock lock = lockLog();
+    if (lock && stream_) fflush(stream_.get());
+}
+
+void LinuxFileLogger::close()
+{
+    const std::unique_lock lock = lockLog();
+    if (lock) stream_.reset();
+}
+
+void LinuxFileLogger::sync() const
+{
+    // The whole system's buffers: the log must reach the disk even when the
+    // machine goes down with the service.
+    ::sync();
+}
+
+void LinuxFileLogger::limitWaits(std::chrono::milliseconds patience)
+{
+    waitLimitMillis.store(patience.count(), std::memory_order_relaxed);
+}

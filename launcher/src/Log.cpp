@@ -1,0 +1,85 @@
+#include "Log.h"
+
+#include <atomic>
+#include <cstring>
+
+#include "IFileUtils.h"
+#include "IOsUtilsFactory.h"
+#include "IProcessUtils.h"
+#include "LauncherException.h"
+#include "LinuxFileLogger.h"
+#include "NopLogger.h"
+
+namespace {
+
+// The current logger; null until the first one is set.
+std::atomic<ILogger*> currentLogger{nullptr};
+// The one log file of the process. Never deleted: a thread that took it from
+// getLogger() may still use it after the release, and then writes nothing.
+std::atomic<LinuxFileLogger*> fileLogger{nullptr};
+
+/// Never destroyed: threads may log while static objects are.
+NopLogger& nopLogger()
+{
+    static NopLogger& logger = *new NopLogger;
+    return logger;
+}
+
+}  // namespace
+
+void initLogger(const std::wstring& path)
+{
+    if (currentLogger.load()) throw LauncherException(L"Logger was already initialized");
+    if (path.empty()) {
+        currentLogger.store(&nopLogger());
+        return;
+    }
+    IOsUtilsFactory& factory = getOsUtilsFactory();
+    factory.getFileUtils().createParentDirectories(path);
+    const std::int32_t pid = factory.getProcessUtils().getCurrentProcessId();
+    auto* logger = new LinuxFileLogger(path, pid);
+    fileLogger.store(logger);
+    currentLogger.store(logger);
+}
+
+ILogger& getLogger()
+{
+    ILogger* logger = currentLogger.load(std::memory_order_acquire);
+    return logger ? *logger : nopLogger();
+}
+
+void closeLog()
+{
+    exchangeLogger(&nopLogger());
+    if (LinuxFileLogger* logger = fileLogger.load()) logger->close();
+}
+
+void releaseLogger()
+{
+    closeLog();
+    if (LinuxFileLogger* logger = fileLogger.load()) logger->sync();
+}
+
+void limitLogWaits(std::chrono::milliseconds patience)
+{
+    LinuxFileLogger::limitWaits(patience);
+}
+
+ILogger* exchangeLogger(ILogger* logger)
+{
+    return currentLogger.exchange(logger);
+}
+
+void writeLogRecord(const std::wstring& level, const LogPlace& place, std::wstring_view message,
+                    std::span<const LogValue> values)
+{
+    std::wstring text(message);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const bool isKey = i % 2 == 0;
+        text += i == 0 ? L" " : isKey ? L", " : L"=";
+        appendQuoted(values[i].text(), text);
+    }
+    // Source file names are ASCII.
+    const std::wstring file(place.file, place.file + std::strlen(place.file));
+    getLogger().log(level, place.className, file.c_str(), place.line, place.func, text);
+}

@@ -1,0 +1,70 @@
+#include "LinuxConsole.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "IOsUtilsFactory.h"
+#include "UnitTest.h"
+
+namespace {
+
+class LinuxConsoleTest : public UnitTest {
+protected:
+    /// In a process of its own, whose streams are the files "stdout" and
+    /// "stderr": makes a console and writes to it. Gives the error text.
+    std::wstring run(const std::wstring& coutPath, const std::wstring& cerrPath)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            static_cast<void>(std::freopen((dir_ / "stdout").c_str(), "w", stdout));
+            static_cast<void>(std::freopen((dir_ / "stderr").c_str(), "w", stderr));
+            std::fputs("before\n", stdout);
+            std::wstring errorText;
+            const auto console = getOsUtilsFactory().createConsole(coutPath, cerrPath, errorText);
+            dir_.write("error", toUtf8(errorText));
+            console->write(L"out ");
+            console->writeError(L"err ");
+            console->writeLine(L"вывод");
+            console->writeErrorLine(L"ошибка");
+            // One with a destination must be unbuffered.
+            if (coutPath.empty()) std::fflush(stdout);
+            if (cerrPath.empty()) std::fflush(stderr);
+            _exit(0);
+        }
+        EXPECT_EQ(waitpid(child, nullptr, 0), child);
+        return toWide(text("error"));
+    }
+    [[nodiscard]] std::string text(const std::string& name) const { return readText(dir_ / name); }
+};
+
+TEST_F(LinuxConsoleTest, AppendsEachStreamToItsFile)
+{
+    dir_.write("a", "old ");
+    EXPECT_EQ(run(dir_.wide("a"), dir_.wide("b")), L"");
+    EXPECT_EQ(text("a"), "old out вывод\n");
+    EXPECT_EQ(text("b"), "err ошибка\n");
+    EXPECT_EQ(text("stdout") + text("stderr"), "before\n");
+
+    EXPECT_EQ(run(L"", dir_.wide("b")), L"");
+    EXPECT_EQ(text("stdout"), "before\nout вывод\n");
+    EXPECT_EQ(text("b"), "err ошибка\nerr ошибка\n");
+    // Both to one file: in the order of writing.
+    EXPECT_EQ(run(dir_.wide("b"), dir_.wide("b")), L"");
+    EXPECT_EQ(text("b"), "err ошибка\nerr ошибка\nout err вывод\nошибка\n");
+}
+
+TEST_F(LinuxConsoleTest, TellsOfAFailedRedirectionAndKeepsTheStream)
+{
+    const std::wstring out = dir_.wide("none/a"), err = dir_.wide("none/b");
+    const std::wstring reason = L". Error: (2) No such file or directory";
+    EXPECT_EQ(run(out, L""), L"'--cout' destination '" + out + L"' is not accessible.");
+    EXPECT_EQ(text("stdout"), "before\nout вывод\n");
+    EXPECT_EQ(run(out, err), L"'--cerr' destination '" + err + L"' is not accessible" + reason);
+    EXPECT_EQ(text("stderr"), "err ошибка\n");
+    EXPECT_EQ(run(out, out), L"--cout and --cerr destinations are not accessible: " + out + reason);
+    EXPECT_EQ(text("stdout"), "before\nout err вывод\nошибка\n");
+}
+
+}  // namespace

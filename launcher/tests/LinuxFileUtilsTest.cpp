@@ -1,0 +1,125 @@
+#include "LinuxFileUtils.h"
+
+#include <set>
+
+#include "FileContent.h"
+#include "UnitTest.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class LinuxFileUtilsTest : public UnitTest {
+protected:
+    LinuxFileUtilsTest()
+    {
+        fs::current_path(dir_.path());
+        dir_.write("file", "kept");
+        fs::create_symlink("nowhere", "dangling");
+    }
+    ~LinuxFileUtilsTest() override { fs::current_path("/"); }
+
+    const LinuxFileUtils files_;
+};
+
+TEST_F(LinuxFileUtilsTest, CreatesMissingDirectoriesExceptTopLevelOnes)
+{
+    files_.createDirectories(dir_.wide("a/b//c/"));
+    files_.createParentDirectories(L"a/x/file");
+    EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_directory("a/x") && fs::is_empty("a/x"));
+    for (const wchar_t* const path : {L"", L"top", L"//launcher-test-top"}) {
+        files_.createDirectories(path);
+        EXPECT_FALSE(fs::exists(path)) << fs::path(path);
+    }
+    EXPECT_EQ(raised([&] { files_.createDirectories(L"top/b/c"); }),
+              L"20 Unable to resolve path 'top/b'. Error: (2) No such file or directory");
+    // Deeper than the stack could follow, if each level took a call.
+    std::wstring deep = L"a/" + std::wstring(300, L'n');
+    for (int i = 0; i < 60'000; ++i) deep += L"/d";
+    EXPECT_EQ(
+        raised([&] { files_.createDirectories(deep); }),
+        L"20 Cannot read file '" + deep.substr(0, 302) + L"'. Error: (36) File name too long");
+}
+
+TEST_F(LinuxFileUtilsTest, AnswersWhatIsThereTouchesItAndDeletesIt)
+{
+    fs::create_symlink(dir_.path(), "link");
+    EXPECT_EQ(files_.touchFile(L"link/./новый"), dir_.wide("новый"));
+    EXPECT_EQ(files_.touchFile(L"file"), dir_.wide("file"));
+    EXPECT_EQ(readText("file"), "kept");
+    EXPECT_FALSE(files_.fileExists(L"dangling"));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_TRUE(files_.fileExists(L"file") && files_.fileExists(L".") && files_.isDirectory(L"."));
+    EXPECT_FALSE(files_.isDirectory(L"file") || files_.isDirectory(L"file/x"));
+    EXPECT_EQ(raised([&] { files_.deleteFile(L"file/x"); }),
+              L"20 Cannot delete file 'file/x'. Error: (20) Not a directory");
+    EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_TRUE(files_.deleteFile(L"file") && files_.deleteFile(L"dangling"));
+    EXPECT_FALSE(files_.deleteFile(L"file"));
+}
+
+TEST_F(LinuxFileUtilsTest, ReadsAWholeFileOfTenMebibytesAtMost)
+{
+    dir_.write("file", std::string("a\0\xFF", 3));
+    const std::shared_ptr<FileContent> content = files_.readFile(L"file");
+    EXPECT_EQ(std::string(content->data(), 7), std::string("a\0\xFF\0\0\0\0", 7));
+    fs::resize_file("file", 10'485'760);
+    EXPECT_EQ(files_.readFile(L"file")->size(), 10'485'760u);
+    fs::resize_file("file", 10'485'761);
+    EXPECT_EQ(raised([&] { return files_.readFile(L"file"); }), L"20 File 'file' is too big");
+}
+
+TEST_F(LinuxFileUtilsTest, NamesTheFileThatItCannotUse)
+{
+    dir_.write("short", std::string("\177ELF\2", 5) + std::string(10, '\0'));
+    dir_.write("class3", std::string("\177ELF\3", 5) + std::string(11, '\0'));
+    EXPECT_EQ(raised([&] { return files_.getBinaryType(L"short"); }),
+              L"20 A library format is not ELF: 'short'");
+    EXPECT_EQ(raised([&] { return files_.getBinaryType(L"class3"); }),
+              L"20 Unknown binary type of library 'class3'");
+    EXPECT_EQ(raised([&] { return files_.readFile(L"."); }),
+              L"20 Cannot read file '.'. Error: (21) Is a directory");
+    EXPECT_EQ(raised([&] { return files_.getAbsolutePath(L"no"); }),
+              L"20 Unable to convert path to absolute 'no'. Error: (2) No such file or directory");
+    EXPECT_EQ(raised([&] { return files_.fileExists(L"file/x"); }),
+              L"20 Cannot read file 'file/x'. Error: (20) Not a directory");
+    EXPECT_EQ(raised([&] { return files_.listFiles(L".\\", L"[*"); }),
+              L"20 Cannot read file './[*'. Error: (22) Invalid argument");
+    const std::wstring online = L"/sys/devices/system/cpu/online";
+    if (!fs::exists(online)) GTEST_SKIP() << "no file that holds less than its size";
+    EXPECT_EQ(raised([&] { return files_.readFile(online); }),
+              L"20 Cannot read file '" + online + L"'. Error: (61) No data available");
+}
+
+TEST_F(LinuxFileUtilsTest, ReplacesTheContentOfAFile)
+{
+    files_.writeFile("a\0b", 3, L"file");
+    EXPECT_EQ(readText("file"), std::string("a\0b", 3));
+    const std::string big(1 << 20, 'x');
+    for (const std::uint32_t size : {1u, 1u << 20}) {  // fails when flushed, when written
+        EXPECT_EQ(raised([&] { files_.writeFile(big.data(), size, L"/dev/full"); }),
+                  L"20 Cannot write file '/dev/full'. Error: (28) No space left on device");
+    }
+}
+
+TEST_F(LinuxFileUtilsTest, ListsFilesWhoseNameHoldsAMatch)
+{
+    for (const char* const name : {"lib.jar", "x.jarfile", "ajar", "sub.jar/in.jar"})
+        dir_.write(name, "");
+    fs::create_symlink("sub.jar", "dir.jar");
+    using Names = std::set<std::wstring>;
+    const auto names = [&](const std::wstring& directory, const std::wstring& mask) {
+        Names found;
+        for (const std::wstring& path : files_.listFiles(directory, mask))
+            found.insert(fs::path(path).lexically_relative(dir_.path()).wstring());
+        return found;
+    };
+    EXPECT_EQ(names(L"sub.jar\\..", L"*.jar"),
+              Names({L"lib.jar", L"x.jarfile", L"ajar", L"dir.jar"}));
+    EXPECT_EQ(names(dir_.wide() + L"/", L"d*g"), Names{L"dangling"});
+    EXPECT_EQ(names(L".", L"").size(), 6u);
+    EXPECT_EQ(names(L".", L"?.jar"), Names{});
+    EXPECT_EQ(names(L"none", L""), Names{});
+}
+
+}  // namespace

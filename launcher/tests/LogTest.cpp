@@ -1,0 +1,142 @@
+#include "Log.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <regex>
+#include <thread>
+
+#include "LinuxFileLogger.h"
+#include "UnitTest.h"
+
+namespace {
+
+TEST(LogValueTest, NamedValuesAreQuotedWhereTheyWouldBreakTheLayout)
+{
+    const RecordingLogger log;
+    logWarn({L"C", L"f"}, L"Full", L"n", -5, L"b", true, L"l", Texts{L"a", L"b c"}, L"k=1",
+            L"it's");
+    EXPECT_EQ(log.lines(), Texts{L"WARN C.f: Full n=-5, b=true, l=a;b c, 'k=1'=\"it's\""});
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {L"C:\\a b", L"C:\\a b"}, {L"a,b", L"'a,b'"},  {L"a\nb\r", L"'a\nb\r'"},
+        {L"\"x\"", L"'\"x\"'"},   {L"'\"", L"'''\"'"}, {L"''\"", L"\"''\"\"\""},
+    };
+    for (const auto& [value, expected] : cases) {
+        logInfo({L"C", L"f"}, L"m", L"k", value);
+        EXPECT_EQ(log.lines().back(), L"INFO C.f: m k=" + expected);
+    }
+}
+
+class LogTest : public testing::Test {
+protected:
+    ScopedCatalogue catalogue_;
+    ScopedTempDir dir_;
+    const std::wstring file_ = dir_.wide("app.log");
+};
+
+TEST_F(LogTest, IsOpenedOnceAndHoldsOnlyTheRecordsOfItsLife)
+{
+    logInfo({L"C", L"f"}, L"too early");
+    initLogger(dir_.wide("sub/dir/app.log"));
+    logError({L"Клас", L"run"}, L"Сообщение 😀", L"pid", 7);
+    const std::string line = std::to_string(__LINE__ - 1);
+    releaseLogger();
+    logInfo({L"C", L"f"}, L"too late");
+    releaseLogger();
+    EXPECT_EQ(raised([&] { initLogger(file_); }), L"21 Logger was already initialized");
+    EXPECT_FALSE(std::filesystem::exists(dir_ / "app.log"));
+    const std::regex layout(R"(\d{4}/\d\d/\d\d-\d\d:\d\d:\d\d\.\d{3},SYSTEM,0,level=ERROR,pid=)" +
+                            std::to_string(getpid()) + ",tid=" + std::to_string(gettid()) +
+                            ",component=launcher,class=Клас,file=LogTest.cpp,line=" + line +
+                            ",func=run,message=Сообщение 😀 pid=7\n");
+    const std::string text = readText(dir_ / "sub/dir/app.log");
+    EXPECT_TRUE(std::regex_match(text, layout)) << text;
+}
+
+TEST_F(LogTest, SurvivesAReleasedLogThatOtherThreadsStillWriteTo)
+{
+    initLogger(file_);
+    {
+        std::vector<std::jthread> writers(4);  // stopped and joined at the end
+        for (std::jthread& writer : writers) {
+            writer = std::jthread([](const std::stop_token& stop) {
+                for (int n = 0; n < 20'000 && !stop.stop_requested(); ++n) {
+                    logInfo({L"C", L"f"}, L"record", L"key", L"value");
+                    getLogger().flush();
+                }
+            });
+        }
+        while (std::filesystem::file_size(dir_ / "app.log") == 0) std::this_thread::yield();
+        releaseLogger();
+    }
+    std::istringstream lines(readText(dir_ / "app.log"));
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_EQ(std::count(line.begin(), line.end(), ','), 11) << line;
+        EXPECT_TRUE(line.ends_with(",func=f,message=record key=value")) << line;
+    }
+}
+
+TEST_F(LogTest, DoesNotWaitForALogThatACrashedThreadHolds)
+{
+    ASSERT_EQ(mkfifo((dir_ / "app.log").c_str(), 0600), 0);
+    LinuxFileLogger logger(file_, 1);  // which leaves a pipe where it is
+    // Blocks in the middle of its write, the log in its hands.
+    std::thread holder([&logger] {
+        logger.log(kLevelInfo, L"C", L"f.cpp", 1, L"f", std::wstring(1'000'000, L'x'));
+        logger.flush();
+    });
+    const int pipe = open((dir_ / "app.log").c_str(), O_RDONLY);
+    std::string text(1, ' ');
+    ASSERT_EQ(read(pipe, text.data(), 1), 1);
+    limitLogWaits(std::chrono::milliseconds(1));
+    logger.log(kLevelInfo, L"C", L"f.cpp", 1, L"f", L"lost");
+    logger.flush();
+    logger.close();
+
+    for (char buffer[65536]; text.back() != '\n';) {
+        const ssize_t count = read(pipe, buffer, sizeof buffer);
+        ASSERT_GT(count, 0);
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+    holder.join();
+    close(pipe);
+    EXPECT_EQ(text.find("lost"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(dir_ / "app.log.1"));
+}
+
+TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
+{
+    // What is there before, and where the old log goes.
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"app.log"}, "app.log.1"},
+        {{"app.log", "app.log.1", "app.log.7"}, "app.log.8"},
+        {{"app.log.3"}, "none"},
+        {{"app.log", "app.log-5", "app.log.5a", "app.log.x", "app.lo.9"}, "app.log.6"},
+        {{"app.log", "app.log.99999999999999999999", "app.log.9223372036854775807"}, "app.log.1"},
+        {{"app.log", "app.log."}, "app.log.1"},
+    };
+    for (const auto& [before, rotatedTo] : cases) {
+        const ScopedTempDir dir;
+        for (const std::string& name : before) dir.write(name, "old " + name);
+        LinuxFileLogger(dir.wide("app.log"), 1).flush();
+        EXPECT_EQ(readText(dir / rotatedTo), rotatedTo == "none" ? "" : "old app.log");
+        for (const std::string& name : before) {
+            EXPECT_EQ(readText(dir / name), name == "app.log" ? "" : "old " + name);
+        }
+    }
+}
+
+TEST_F(LogTest, ReportsALogThatCannotBeMade)
+{
+    const std::wstring absent = dir_.wide("absent/app.log");
+    EXPECT_EQ(raised([&] { LinuxFileLogger(absent, 1); }),
+              L"10 Cannot create file '" + absent + L"'. Error: (2) No such file or directory");
+    // A bare "app.log." counts as the log, which then cannot be renamed.
+    dir_.write("app.log.", "");
+    EXPECT_EQ(raised([&] { LinuxFileLogger(file_, 1); }),
+              L"10 Cannot rotate launcher log: source '" + file_ + L"', target '" + file_ +
+                  L".1'. Error: (2) No such file or directory");
+}
+
+}  // namespace
