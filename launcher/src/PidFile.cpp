@@ -1,0 +1,100 @@
+#include "PidFile.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "FileContent.h"
+#include "IFileUtils.h"
+#include "IOsUtilsFactory.h"
+#include "IProcessUtils.h"
+#include "ISystemUtils.h"
+#include "LauncherException.h"
+#include "Log.h"
+#include "MessageCatalogue.h"
+#include "MessageIds.h"
+#include "SpecialFile.h"
+#include "TextConversion.h"
+
+namespace {
+
+constexpr wchar_t kClass[] = L"PidFile";
+constexpr std::uint32_t kMaxPidDigits = 9;  // whatever they are, the number fits 32 bits
+
+std::wstring textOfError(int error)
+{
+    errno = error;
+    return getOsUtilsFactory().getSystemUtils().getLastErrorText();
+}
+
+}  // namespace
+
+void PidFile::save(const std::wstring& path) const
+{
+    if (path.empty()) return;
+    IOsUtilsFactory& os = getOsUtilsFactory();
+    const std::string pid = std::to_string(os.getProcessUtils().getCurrentProcessId());
+    try {
+        os.getFileUtils().writeFile(pid.data(), static_cast<std::uint32_t>(pid.size()), path);
+    } catch (const LauncherException& e) {
+        throw LauncherException(exit_code::kPidFile, e.message());
+    }
+    logInfo({kClass, L"save"}, L"PID saved", L"path", path);
+}
+
+std::optional<std::wstring> PidFile::remove(const std::wstring& path) const
+{
+    if (path.empty()) {
+        logInfo({kClass, L"remove"}, L"No PID file was removed because none was written.");
+        return std::nullopt;
+    }
+    const IFileUtils& files = getOsUtilsFactory().getFileUtils();
+    try {
+        if (!files.fileExists(path)) {
+            logInfo({kClass, L"remove"}, L"PID file is absent, nothing to remove", L"path", path);
+            return std::nullopt;
+        }
+        if (files.isDirectory(path)) {
+            logError({kClass, L"remove"},
+                     L"PID file path points to directory, so will not be deleted", L"path", path);
+            return textOfError(EISDIR);
+        }
+        if (isSpecialFile(toUtf8(path))) {
+            logError({kClass, L"remove"},
+                     L"PID file path points to no regular file, so will not be deleted", L"path",
+                     path);
+            return textOfError(EINVAL);
+        }
+        files.deleteFile(path);  // false when another process was faster: gone all the same
+    } catch (const LauncherException& e) {
+        const std::wstring error = textOfError(errno);
+        logError({kClass, L"remove"}, L"Cannot remove PID file", L"path", path, L"Error",
+                 e.message());
+        return error;
+    }
+    logInfo({kClass, L"remove"}, L"PID file was removed", L"path", path);
+    return std::nullopt;
+}
+
+std::int32_t PidFile::read(const std::wstring& path, std::wostream& errorStream) const
+{
+    if (path.empty()) {
+        throw LauncherException(L"Invalid state. Cannot read a PID because file name was not set");
+    }
+    const auto content = getOsUtilsFactory().getFileUtils().readFile(path);
+    if (content->size() == 0) {
+        errorStream << formatMessage(IDS_PIDFILE_ZEROSIZE, path);
+        return -1;
+    }
+    if (content->size() > kMaxPidDigits) {
+        errorStream << formatMessage(IDS_PIDFILE_EXTRACHARS, path);
+        return -1;
+    }
+    // Leading white space and a sign pass on purpose, unlike in stop mode.
+    char* end = nullptr;
+    const unsigned long pid = std::strtoul(content->data(), &end, 10);
+    if (end != content->data() + content->size()) {
+        errorStream << formatMessage(IDS_PIDFILE_BAD_CHARS, path);
+        return -1;
+    }
+    return static_cast<std::int32_t>(pid);
+}

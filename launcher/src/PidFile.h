@@ -1,0 +1,26 @@
+// PidFile: the file in which a running launcher keeps its process id, in
+// decimal digits and nothing else. Stateless; paths are wide text.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <sstream>
+#include <string>
+
+class PidFile final {
+public:
+    /// Writes the current process id; nothing for an empty path. Throws
+    /// LauncherException (code 3) with the text of the failed operation.
+    void save(const std::wstring& path) const;
+
+    /// Deletes the file. Never throws a LauncherException: gives the system's
+    /// text of the failure ("(13) Permission denied"), or nothing when the file
+    /// is gone or the path is empty. A directory, device or pipe is left alone,
+    /// which is a failure.
+    std::optional<std::wstring> remove(const std::wstring& path) const;
+
+    /// The process id in the file, or -1 for content that is none, with the
+    /// reason written to `errorStream`. Throws LauncherException for an empty
+    /// path (code 21) and when the file cannot be read (code 20).
+    [[nodiscard]] std::int32_t read(const std::wstring& path, std::wostream& errorStream) const;
+};

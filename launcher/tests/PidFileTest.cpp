@@ -1,0 +1,67 @@
+#include "PidFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <tuple>
+
+#include "UnitTest.h"
+
+namespace {
+
+using PidFileTest = UnitTest;
+
+TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
+{
+    const std::string file = dir_.write("pid", "an older and longer text");
+    PidFile().save(L"");
+    PidFile().save(dir_.wide("pid"));
+    EXPECT_EQ(readText(file), std::to_string(getpid()));
+    EXPECT_EQ(log_.lines(), Texts{at(L"INFO PidFile.save: PID saved path=@/pid")});
+    EXPECT_EQ(raised([] { PidFile().save(L"/dev/null/pid"); }),
+              L"3 Cannot write file '/dev/null/pid'. Error: (20) Not a directory");
+}
+
+TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
+{
+    dir_.write("pid", "1");
+    ASSERT_EQ(mkfifo((dir_ / "pipe").c_str(), 0600), 0);
+    const std::tuple<std::wstring, std::optional<std::wstring>, std::wstring> cases[] = {
+        {L"", {}, L"INFO PidFile.remove: No PID file was removed because none was written."},
+        {L"@/pid", {}, L"INFO PidFile.remove: PID file was removed path=@/pid"},
+        {L"@/pid", {}, L"INFO PidFile.remove: PID file is absent, nothing to remove path=@/pid"},
+        {L"@", L"(21) Is a directory",
+         L"ERROR PidFile.remove: PID file path points to directory, so will not be deleted path=@"},
+        {L"@/pipe", L"(22) Invalid argument",
+         L"ERROR PidFile.remove: PID file path points to no regular file, so will not be deleted "
+         L"path=@/pipe"},
+        {L"/dev/null/pid", L"(20) Not a directory",
+         L"ERROR PidFile.remove: Cannot remove PID file path=/dev/null/pid"},
+        {L"/proc/self/status", L"(1) Operation not permitted",
+         L"ERROR PidFile.remove: Cannot remove PID file path=/proc/self/status"},
+    };
+    for (const auto& [path, error, record] : cases) {
+        EXPECT_EQ(PidFile().remove(at(path)), error) << record;
+        EXPECT_TRUE(log_.lines().back().starts_with(at(record))) << log_.lines().back();
+    }
+    EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
+}
+
+TEST_F(PidFileTest, ReadsNumbersAndTellsWhatIsWrongWithOtherContent)
+{
+    const std::tuple<std::string_view, std::int32_t, std::wstring> cases[] = {
+        {"999999999", 999999999, L""},
+        {" 42", 42, L""},
+        {"-42", -42, L""},
+        {"1234567890", -1, L"Extra characters in PID file '@/pid'"},
+        {{"42\0", 3}, -1, L"Illegal characters in PID file '@/pid'"},
+    };
+    for (const auto& [content, pid, error] : cases) {
+        dir_.write("pid", content);
+        std::wostringstream errors;
+        EXPECT_EQ(PidFile().read(dir_.wide("pid"), errors), pid) << content;
+        EXPECT_EQ(errors.str(), at(error));
+    }
+}
+
+}  // namespace
