@@ -1,0 +1,17 @@
+// IService: how a service object sees the runner that runs it.
+#pragma once
+
+#include <cstdint>
+
+class IService {
+public:
+    /// Runs the current service in this process; gives its exit status.
+    virtual int init() = 0;
+    virtual void reportStartPending(std::uint32_t waitHintMs) = 0;
+    virtual void reportRunning() = 0;
+    virtual void reportStopPending(std::uint32_t waitHintMs) = 0;
+    virtual void reportStopped() = 0;
+    virtual ~IService() = default;
+    /// True when the launcher detaches from the terminal.
+    [[nodiscard]] virtual bool isDaemon() const = 0;
+};

@@ -1,0 +1,125 @@
+#include "LinuxService.h"
+
+#include <unistd.h>
+
+#include "IOsUtilsFactory.h"
+#include "IServiceObject.h"
+#include "ISystemUtils.h"
+#include "LauncherException.h"
+#include "Log.h"
+#include "MessageCatalogue.h"
+#include "MessageIds.h"
+
+namespace {
+
+constexpr wchar_t kClass[] = L"LinuxService";
+
+std::atomic<LinuxService*> currentService{nullptr};
+
+}  // namespace
+
+LinuxService::LinuxService(IServiceObject& serviceObject, bool daemonize)
+    : serviceObject_(serviceObject), isDaemon_(daemonize)
+{
+}
+
+LinuxService::~LinuxService()
+{
+    LinuxService* self = this;
+    currentService.compare_exchange_strong(self, nullptr, std::memory_order_acq_rel);
+}
+
+void LinuxService::registerAsCurrent()
+{
+    currentService.store(this, std::memory_order_release);
+}
+
+int LinuxService::init()
+{
+    logInfo({kClass, L"init"}, L"Starting an application");
+    LinuxService* service = currentService.load(std::memory_order_acquire);
+    if (!service) throw LauncherException(L"No service is registered.");
+    return service->start();
+}
+
+void LinuxService::reportStartPending(std::uint32_t) {}
+
+void LinuxService::reportRunning()
+{
+    int created = kCreated;
+    state_.compare_exchange_strong(created, kRunning, std::memory_order_acq_rel);
+}
+
+void LinuxService::reportStopPending(std::uint32_t) {}
+
+void LinuxService::reportStopped()
+{
+    state_.store(kStopped, std::memory_order_release);
+}
+
+int LinuxService::start()
+{
+    if (state_.load(std::memory_order_acquire) != kCreated) {
+        logError({kClass, L"start"}, L"Cannot start service twice.");
+        return static_cast<int>(exit_code::kInternal);
+    }
+    logInfo({kClass, L"start"}, L"starting");
+    if (isDaemon_ && !detach()) return static_cast<int>(exit_code::kOperatingSystem);
+    state_.store(kRunning, std::memory_order_release);
+    return runServiceObject();
+}
+
+void LinuxService::stop()
+{
+    switch (state_.load(std::memory_order_acquire)) {
+        case kCreated:
+            logError({kClass, L"stop"}, L"Trying to stop a service that was not initialized");
+            return;
+        case kRunning:
+            logInfo({kClass, L"stop"}, L"Stop requested");
+            state_.store(kStopping, std::memory_order_release);
+            serviceObject_.stop(*this);
+            logInfo({kClass, L"stop"}, L"Stop request finished");
+            return;
+        case kStopping:
+        case kStopped:
+            return;
+        default:
+            logError({kClass, L"stop"}, L"Unknown state");
+    }
+}
+
+LinuxService::State LinuxService::state() const
+{
+    return static_cast<State>(state_.load(std::memory_order_acquire));
+}
+
+/// Goes on in a child process without a terminal, in the same directory and
+/// with the same streams. Before any other thread exists.
+bool LinuxService::detach()
+{
+    if (daemon(1, 1) == 0) return true;
+    const std::wstring error = getOsUtilsFactory().getSystemUtils().getLastErrorText();
+    logError({kClass, L"start"}, L"Daemon failed", L"Error", error);
+    serviceObject_.exceptionHandler(LauncherException(exit_code::kOperatingSystem, error));
+    state_.store(kStopped, std::memory_order_release);
+    return false;
+}
+
+int LinuxService::runServiceObject()
+{
+    try {
+        serviceObject_.printStartupHeader(*this);
+        const int result = serviceObject_.run(*this);
+        reportStopped();
+        logInfo({kClass, L"start"}, L"start finished");
+        return result;
+    } catch (const LauncherException& e) {
+        if (isDaemon_) {
+            serviceObject_.exceptionHandler(e);
+            reportStopped();
+            logError({kClass, L"start"}, getMessage(IDS_STOPPED_HEADER), L"exception", e.message());
+        }
+        throw;
+    }
+}

@@ -1,0 +1,127 @@
+#include "StopRequestClient.h"
+
+#include <unistd.h>
+
+#include <tuple>
+
+#include "IConsole.h"
+#include "IOsUtilsFactory.h"
+#include "LinuxStopRequestClient.h"
+#include "UnitTest.h"
+
+namespace {
+
+using Result = StopRequestClient::Result;
+using Timeout = SimpleOptional<std::uint64_t>;
+
+/// "status output" of a stop.
+std::wstring stop(StopRequestClient&& client, const Timeout& timeout,
+                  const std::wstring& pidFile = L"")
+{
+    std::wstring none;
+    testing::internal::CaptureStderr();
+    const auto console = getOsUtilsFactory().createConsole(L"", L"", none);
+    const int status = client.stop(pidFile, timeout, false, *console);
+    return std::to_wstring(status) + L" " + toWide(testing::internal::GetCapturedStderr());
+}
+
+/// A process 7 that is seen running for some looks yet.
+class Target final : public StopRequestClient {
+public:
+    explicit Target(int looks, Result sent = Result::Stopped, Result killed = Result::Killed)
+        : StopRequestClient(7), sent_(sent), killed_(killed), looks_(looks)
+    {
+    }
+    bool isProcessRunning() const override { return looks_-- > 0; }
+    Texts getCommandLine() const override { return commandLine; }
+    Result sendStopSignal(bool) override { return sent_; }
+    Result terminateProcess() override { return killed_; }
+
+    std::wstring getWorkingDirectory() const override { return directory; }
+
+    Texts commandLine;
+    std::wstring directory;
+
+private:
+    const Result sent_, killed_;
+    mutable int looks_;
+};
+
+using StopRequestClientTest = UnitTest;
+
+TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
+{
+    const std::wstring removed = L" and its PID-file was removed";
+    const std::wstring failed = L" but its PID-file was not removed";
+    dir_.write("joined", "1");
+    dir_.write("given", "1");
+    dir_.write("below-the-target", "7");
+    dir_.write("of-another", "8");
+    const std::tuple<std::wstring, std::wstring, std::wstring> cases[] = {
+        {L"--quiet --pidfile=@/joined", L"", removed},
+        {L"--pidfile below-the-target", L"", removed},
+        {L"--pidfile of-another", L"", L""},
+        {L"--pidfile below-us", L"", removed},  // the target left the directory
+        {L"--pidfile", L"", L""},
+        {L"", L"@/missing", L""},
+        {L"", L"@/given/pid", failed},
+        {L"--pidfile /dev/null", L"", failed},
+        {L"--pidfile /other", L"@/given", removed},
+    };
+    const auto before = std::filesystem::current_path();
+    std::filesystem::create_directory(dir_ / "client");
+    dir_.write("client/below-us", "7");
+    std::filesystem::current_path(dir_ / "client");
+    for (const auto& [commandLine, pidFile, suffix] : cases) {
+        Target target(2);
+        target.commandLine = split(at(commandLine));
+        target.directory = dir_.wide();
+        EXPECT_EQ(stop(std::move(target), Timeout(1), at(pidFile)),
+                  L"0 Launcher with PID=7 was forced to stop" + suffix + L"\n");
+    }
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(std::filesystem::remove(dir_ / "of-another"));
+    EXPECT_TRUE(std::filesystem::remove(dir_ / "client"));
+    EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
+}
+
+TEST_F(StopRequestClientTest, LooksEvery100MillisecondsAndOnceBeforeItKills)
+{
+    const std::wstring stopped = L"0 Launcher with PID=7 stopped gracefully\n";
+    EXPECT_EQ(stop(Target(3), Timeout(250)), stopped);
+    EXPECT_EQ(stop(Target(4), Timeout(250)), L"0 Launcher with PID=7 was forced to stop\n");
+    EXPECT_EQ(stop(Target(12), Timeout()), stopped);
+    EXPECT_EQ(stop(Target(2, Result::StillRunning, Result::StillRunning), Timeout(1)),
+              L"12 Launcher with PID=7 is still exist regardless of killing attempt\n");
+    EXPECT_EQ(stop(Target(0, Result::NotPermitted), Timeout()),
+              L"12 Launcher is not permitted to stop process with PID=7\n");
+}
+
+TEST_F(StopRequestClientTest, FindsNobodyBehindAnIdThatIsNoOtherProcess)
+{
+    for (const std::int32_t pid : {999999999, 0, -1, -42, getpid()}) {
+        EXPECT_EQ(
+            stop(LinuxStopRequestClient(pid), Timeout(0)),
+            L"11 Launcher with PID=" + std::to_wstring(pid) + L" not found, nothing was stopped\n");
+    }
+    EXPECT_EQ(LinuxStopRequestClient(0).terminateProcess(), Result::StillRunning);
+    EXPECT_EQ(LinuxStopRequestClient(-1).terminateProcess(), Result::StillRunning);
+}
+
+TEST_F(StopRequestClientTest, AStartDeletesAPidFileThatNamesNoOtherRunningProcess)
+{
+    for (const std::string& content : {std::to_string(getpid()), std::string("0")}) {
+        dir_.write("pid", content);
+        StopRequestClient::checkClientLauncherIsNotRunning(dir_.wide("pid"));
+        EXPECT_FALSE(std::filesystem::exists(dir_ / "pid")) << content;
+    }
+}
+
+TEST_F(StopRequestClientTest, AStartIsRefusedWhereThePidFileCannotBeDeleted)
+{
+    EXPECT_EQ(
+        raised([] { StopRequestClient::checkClientLauncherIsNotRunning(L"/dev/null/x"); }),
+        L"3 PID file '/dev/null/x' exists and cannot be deleted. Error: (20) Not a directory");
+}
+
+}  // namespace

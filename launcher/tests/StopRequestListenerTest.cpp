@@ -1,0 +1,123 @@
+#include "StopRequestListener.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <set>
+#include <thread>
+
+#include "LinuxStopRequestListener.h"
+#include "StopSignalLog.h"
+#include "StopSignals.h"
+#include "UnitTest.h"
+
+namespace {
+
+/// A listener of the process, with its records kept.
+class StopRequestListenerTest : public UnitTest {
+protected:
+    [[nodiscard]] std::ptrdiff_t risesOf(const std::wstring& signal) const
+    {
+        StopSignalLog::drain(std::chrono::seconds(60));
+        return log_.count(L"INFO LinuxStopRequestListener.onStopSignal: " + signal + L" has risen");
+    }
+
+    std::shared_ptr<StopRequestListener> listener_ = createStopRequestListener(getpid());
+};
+
+TEST_F(StopRequestListenerTest, GivesEachKindOnceInTheOrderOfRequest)
+{
+    const std::pair<std::vector<int>, std::vector<int>> cases[] = {
+        {{SIGUSR1, SIGINT, SIGUSR2, SIGUSR1}, {kSimpleStop, kFastStop, kNoStopEvent}},
+        {{SIGUSR2, SIGUSR1}, {kFastStop, kSimpleStop, kNoStopEvent}},
+    };
+    for (const auto& [signals, events] : cases) {
+        for (const int signal : signals) raise(signal);
+        for (const int event : events) EXPECT_EQ(listener_->waitForEvent(), event);
+        listener_ = nullptr;
+        listener_ = createStopRequestListener(getpid());
+    }
+}
+
+TEST_F(StopRequestListenerTest, IgnoresForeignSignalsWhileItWaits)
+{
+    struct sigaction action {};  // without SA_RESTART
+    action.sa_handler = [](int) {};
+    sigaction(SIGPROF, &action, nullptr);
+    std::atomic<bool> woken{false};
+    std::thread waiter([&] {
+        EXPECT_EQ(listener_->waitForEvent(), kFastStop);
+        woken = true;
+    });
+    // Directed at the waiter: pending there, where it would end the wait.
+    for (int i = 0; i < 200; ++i) {
+        pthread_kill(waiter.native_handle(), SIGPROF);
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    EXPECT_FALSE(woken);
+    postStopRequest(true);
+    waiter.join();
+}
+
+TEST_F(StopRequestListenerTest, LogsEveryRiseWithoutHangingInAStorm)
+{
+    constexpr int kRounds = 2000;
+    // raise() runs the handler before it returns: none is lost.
+    std::thread raiser([] {
+        for (int i = 0; i < kRounds; ++i) raise(SIGUSR1);
+    });
+    for (int i = 0; i < kRounds; ++i) {
+        logInfo({L"Test", L"main"}, L"busy");
+        errno = 4711;
+        raise(i % 2 == 0 ? SIGUSR2 : SIGINT);
+        ASSERT_EQ(errno, 4711);
+    }
+    raiser.join();
+    EXPECT_EQ(risesOf(L"SIGUSR1"), kRounds);
+    EXPECT_EQ(risesOf(L"SIGUSR2"), kRounds / 2);
+    EXPECT_EQ(risesOf(L"SIGINT"), kRounds / 2);
+}
+
+TEST_F(StopRequestListenerTest, CountsSignalsThatComeAfterItsEnd)
+{
+    constexpr int kRounds = 2000;
+    std::atomic<bool> raised{false};
+    std::thread raiser([&raised] {
+        for (int i = 0; i < kRounds; ++i) raise(SIGUSR1);
+        raised = true;
+    });
+    while (!raised) {
+        listener_ = nullptr;  // the handler may be inside the one that goes
+        listener_ = createStopRequestListener(getpid());
+    }
+    raiser.join();
+    listener_ = nullptr;
+    raise(SIGINT);
+    EXPECT_EQ(postStopRequest(true), 0);
+    EXPECT_EQ(risesOf(L"SIGUSR1"), kRounds);
+    EXPECT_EQ(risesOf(L"SIGINT"), 1);
+}
+
+using StopSignalHoldTest = UnitTest;
+
+TEST_F(StopSignalHoldTest, KeepsStopsPendingUntilTheyAreDelivered)
+{
+    std::signal(SIGINT, SIG_DFL);
+    {
+        StopSignalHold hold;
+        hold.hold();
+    }
+    EXPECT_EQ(std::signal(SIGINT, SIG_DFL), SIG_DFL);
+    for (const int number : kStopSignals) kill(getpid(), number);  // deadly, if it came through
+
+    StopSignalHold hold;
+    hold.hold();
+    const auto listener = createStopRequestListener(getpid());
+    hold.deliver();
+    // The kernel delivers what is pending together in an order of its own.
+    const std::set<int> events{listener->waitForEvent(), listener->waitForEvent()};
+    EXPECT_EQ(events, (std::set<int>{kSimpleStop, kFastStop}));
+}
+
+}  // namespace
