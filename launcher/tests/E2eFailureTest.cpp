@@ -1,0 +1,115 @@
+#include "EndToEndTest.h"
+
+namespace {
+
+using InterfaceClassE2eTest = JdkTest;
+FOR_EACH_JDK(InterfaceClassE2eTest);
+
+TEST_P(InterfaceClassE2eTest, MustBeLoadable)
+{
+    expectFailure(service("", "p.Missing"), 7, "Cannot find Java class p/Missing\n");
+    expectFailure(service("", "service.Service$NoInitialiser"), 7,
+                  "Cannot load Java class service/Service$NoInitialiser.\n");
+    EXPECT_TRUE(log().holds("INFO Cannot load class: java.lang.ExceptionInInitializerError"));
+
+    dir.write("Malformed.class", "no class at all");
+    expectFailure(service("java.class.path=.", "Malformed"), 7,
+                  "Cannot load Java class Malformed. Incorrect class format.\n");
+}
+
+TEST_P(InterfaceClassE2eTest, OptionsThatEndTheJvmAreInTheLog)
+{
+    const LauncherResult result = service().args("--jvmopt -Xms2g --jvmopt=-Xmx1g").run();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE((result.out + result.err).find("heap size"), std::string::npos) << result.err;
+    EXPECT_TRUE(log().holds("INFO JVM argument JVM argument=-Xms2g"));
+    EXPECT_TRUE(log().holds("INFO JVM argument JVM argument=-Xmx1g"));
+}
+
+class StartFailureE2eTest : public EndToEndTest {
+protected:
+    StartFailureE2eTest()
+    {
+        library = "./fake.so";
+        std::filesystem::create_symlink(FAKE_JVM, dir / "fake.so");
+        std::filesystem::create_symlink(LIBRARY_WITHOUT_JVM, dir / "nojvm.so");
+    }
+    /// A start with a JVM that cannot be created.
+    [[nodiscard]] LauncherRun startFake(int result) const
+    {
+        return service().env("FAKE_JVM_RESULT", std::to_string(result));
+    }
+
+    const std::string notCreated = "Cannot create JVM 8 instance with library './fake.so'. ";
+};
+
+TEST_F(StartFailureE2eTest, NamesWhatCannotBeUsed)
+{
+    const std::string elf("\177ELF\0\1\1\0\0\0\0\0\0\0\0\0\0", 17);
+    dir.write("lib32.so", std::string(elf).replace(4, 1, "\1"));
+    dir.write("broken.so", std::string(elf).replace(4, 1, "\2") + "not much of a library");
+    const std::string text = dir.write("text.so", "16 bytes or more of text");
+    const std::string longName = dir / std::string(255, 'l');
+    const std::tuple<int, std::string, std::string, std::string> cases[] = {
+        {2, "./lib32.so", "fake.so", "'./lib32.so' is not a 64-bit library\n"},
+        {20, "./text.so", "fake.so", "A library format is not ELF: './text.so'\n"},
+        {20, "./no.so", "fake.so",
+         "Cannot read file './no.so'. Error: (2) No such file or directory\n"},
+        {4, "./broken.so", "fake.so", "Cannot load JVM library from './broken.so'. Error: "},
+        {4, "./nojvm.so", "fake.so", "JVM library './nojvm.so' has no JNI_CreateJavaVM function\n"},
+        {2, "./fake.so",
+         "./*.jar:", "Classpath was set but no files meet the mask. Search path: ./*.jar:\n"},
+        {20, "./fake.so", "fake.so --workdir " + text,
+         "Cannot change current directory to '" + text + "'. Error: (20) Not a directory\n"},
+        {3, "./fake.so", "fake.so --pidfile no/pid",
+         "Cannot write file 'no/pid'. Error: (2) No such file or directory\n"},
+    };
+    for (const auto& [status, jvm, options, message] : cases) {
+        LauncherRun run = launcher("start --clog launcher.log --jvmdll " + jvm);
+        expectFailure(run.args("--jclasspath " + options), status, message);
+    }
+
+    const LauncherResult noLog = launcher("start --jvmdll fake.so --clog " + longName).run();
+    EXPECT_EQ(noLog.status, 10);
+    EXPECT_EQ(noLog.err, "Cannot rotate launcher log: source '" + longName + "', target '" +
+                             longName + ".1'. Error: (36) File name too long\n");
+}
+
+TEST_F(StartFailureE2eTest, NamesTheReasonWhyTheJvmWasNotCreated)
+{
+    const std::pair<int, std::string> cases[] = {
+        {-1, "unknown error"},      {-2, "thread detached from the VM"}, {-4, "not enough memory"},
+        {-5, "VM already created"}, {-6, "invalid arguments"},           {-7, "#bad code#"},
+        {1, "#bad code#"},
+    };
+    for (const auto& [result, reason] : cases) {
+        expectFailure(startFake(result), 4,
+                      notCreated + "Error " + std::to_string(result) + ": " + reason + "\n");
+    }
+    expectFailure(startFake(-3), 6,
+                  notCreated + "Java version is not sufficient for the application.\n");
+}
+
+TEST_F(StartFailureE2eTest, IsInTheLogOfADetachedLauncher)
+{
+    EXPECT_EQ(startFake(-4).args("--daemon").run().status, 0);
+    ASSERT_TRUE(waitUntil([this] { return log().holds("ERROR Cannot create JVM 8 instance"); }));
+    EXPECT_EQ(ChildProcesses::waitForExit(log().tid), 4);
+    EXPECT_TRUE(log().holds("ERROR Launcher has stopped."));
+    EXPECT_EQ(log().last(), "ERROR " + notCreated + "Error -4: not enough memory exitCode=4");
+    EXPECT_FALSE(exists("service.pid"));
+}
+
+TEST_F(StartFailureE2eTest, ComposesTheOptionsOfTheJvm)
+{
+    const std::string jars = std::filesystem::path(SERVICE_JAR).parent_path();
+    LauncherRun run = launcher("start --jvmdll ./fake.so --jvmopt -Da=б --jvmopt=-Xmx64m");
+    run.arg("--jmodulepath=" + jars).arg("--jclasspath=" + jars + "/*.jar:none.jar");
+    run.env("JVM_OPTS", "--jvmopt -Dx=1 2 ").env("FAKE_JVM_RESULT", "-1");
+    EXPECT_EQ(run.run().status, 4);
+    EXPECT_EQ(content("options"), std::string("--module-path=") + SERVICE_JAR +
+                                      "\n-Djava.class.path=" + SERVICE_JAR +
+                                      "\n-Da=б\n-Xmx64m\n-Dx=1 2\nexit\nabort\n");
+}
+
+}  // namespace

@@ -1,0 +1,1 @@
+// A library that loads well and has nothing of a JVM in it.
