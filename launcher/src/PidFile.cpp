@@ -26,16 +26,37 @@ std::wstring textOfError(int error)
     return getOsUtilsFactory().getSystemUtils().getLastErrorText();
 }
 
+/// Deletes what was written of a file, if anything was.
+void discard(const std::wstring& path)
+{
+    try {
+        getOsUtilsFactory().getFileUtils().deleteFile(path);
+    } catch (const LauncherException&) {
+        // The failure to write it is the one to tell.
+    }
+}
+
 }  // namespace
+
+bool PidFile::mayExist(const std::wstring& path) const
+{
+    try {
+        return getOsUtilsFactory().getFileUtils().fileExists(path);
+    } catch (const LauncherException&) {
+        return true;
+    }
+}
 
 void PidFile::save(const std::wstring& path) const
 {
     if (path.empty()) return;
     IOsUtilsFactory& os = getOsUtilsFactory();
     const std::string pid = std::to_string(os.getProcessUtils().getCurrentProcessId());
+    const bool isOurs = !mayExist(path);
     try {
         os.getFileUtils().writeFile(pid.data(), static_cast<std::uint32_t>(pid.size()), path);
     } catch (const LauncherException& e) {
+        if (isOurs) discard(path);
         throw LauncherException(exit_code::kPidFile, e.message());
     }
     logInfo({kClass, L"save"}, L"PID saved", L"path", path);

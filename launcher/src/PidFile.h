@@ -9,8 +9,12 @@
 
 class PidFile final {
 public:
+    /// False only when there certainly is no such file.
+    [[nodiscard]] bool mayExist(const std::wstring& path) const;
+
     /// Writes the current process id; nothing for an empty path. Throws
-    /// LauncherException (code 3) with the text of the failed operation.
+    /// LauncherException (code 3) with the text of the failed operation, and
+    /// then leaves no file where there was none.
     void save(const std::wstring& path) const;
 
     /// Deletes the file. Never throws a LauncherException: gives the system's

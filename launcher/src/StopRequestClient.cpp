@@ -165,16 +165,6 @@ std::wstring cleanUpAndDescribe(const std::wstring& pidFilePath)
     return {};
 }
 
-/// False only when there certainly is no such file.
-bool mayExist(const std::wstring& path)
-{
-    try {
-        return getOsUtilsFactory().getFileUtils().fileExists(path);
-    } catch (const LauncherException&) {
-        return true;
-    }
-}
-
 /// The process id in a PID file that an earlier launcher left; nothing, and a
 /// record of the reason, when the file tells none.
 std::optional<std::int32_t> readOldPidFile(const std::wstring& path)
@@ -233,7 +223,7 @@ void StopRequestClient::checkClientLauncherIsNotRunning(const std::wstring& pidF
     constexpr wchar_t kMethod[] = L"checkClientLauncherIsNotRunning";
     if (pidFilePath.empty()) return;
     logInfo({kClass, kMethod}, L"Checking prerequisites before start", L"pidFilePath", pidFilePath);
-    if (!mayExist(pidFilePath)) {
+    if (!PidFile().mayExist(pidFilePath)) {
         logInfo({kClass, kMethod}, L"Old PID-file is absent");
         return;
     }

@@ -1,8 +1,10 @@
 #include "PidFile.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <tuple>
 
 #include "UnitTest.h"
@@ -20,6 +22,24 @@ TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
     EXPECT_EQ(log_.lines(), Texts{at(L"INFO PidFile.save: PID saved path=@/pid")});
     EXPECT_EQ(raised([] { PidFile().save(L"/dev/null/pid"); }),
               L"3 Cannot write file '/dev/null/pid'. Error: (20) Not a directory");
+}
+
+TEST_F(PidFileTest, LeavesNoHalfWrittenFileOfItsOwn)
+{
+    dir_.write("older", "1");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{0, before.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);  // what is written fails as on a full disk
+    const std::wstring error = raised([this] { PidFile().save(dir_.wide("pid")); });
+    const std::wstring olderError = raised([this] { PidFile().save(dir_.wide("older")); });
+    setrlimit(RLIMIT_FSIZE, &before);
+
+    EXPECT_EQ(error, at(L"3 Cannot write file '@/pid'. Error: (27) File too large"));
+    EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
+    EXPECT_EQ(olderError, at(L"3 Cannot write file '@/older'. Error: (27) File too large"));
+    EXPECT_TRUE(std::filesystem::exists(dir_ / "older"));
 }
 
 TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
