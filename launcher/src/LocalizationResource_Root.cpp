@@ -45,6 +45,9 @@ constexpr MessageText kTexts[] = {
     {IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI,
      "Error reading file '%ls'. Launcher has no --instance parameter but config file has a "
      "reference to it '%ls'."},
+    {IDS_FILE_VARIABLE_HOLDS_ITSELF,
+     "Error reading file '%ls'. The value of the variable %ls contains the variable itself: "
+     "'%ls'."},
     {IDS_CANNOT_GET_COMMAND_LINE_ARGS, "Cannot read command line. Error: %ls"},
     {IDS_NONE_OF_2OPTIONS_ARE_SET, "None of CLI arguments %ls and %ls are set"},
     {IDS_INSTANCE_IN_STOP_MODE, "Parameter --instance is only supported in start mode"},

@@ -54,6 +54,8 @@ constexpr MessageText kTexts[] = {
     {IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI,
      "Ошибка чтения файла '%ls'. Опция --instance для launcher не задана, но файл конфигурации "
      "ссылается на нее: '%ls'."},
+    {IDS_FILE_VARIABLE_HOLDS_ITSELF,
+     "Ошибка чтения файла '%ls'. Значение переменной %ls содержит саму эту переменную: '%ls'."},
     {IDS_CANNOT_GET_COMMAND_LINE_ARGS, "Не удается прочитать командную строку. Ошибка: %ls"},
     {IDS_NONE_OF_2OPTIONS_ARE_SET, "Не задан ни один из аргументов командной строки %ls и %ls"},
     {IDS_INSTANCE_IN_STOP_MODE, "Опция --instance поддерживается только в режиме start"},
