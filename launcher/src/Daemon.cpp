@@ -121,8 +121,11 @@ Daemon::~Daemon()
 void Daemon::printStartupHeader(IService& service)
 {
     if (service.isDaemon() || parameters_->isQuiet()) return;
-    console_.writeLine(formatMessage(IDS_STARTUP_HEADER, executableName(), kLauncherVersion,
-                                     processUtils().getCurrentProcessId()));
+    const std::wstring banner = parameters_->getUserStartupMessage();
+    console_.writeLine(banner.empty()
+                           ? formatMessage(IDS_STARTUP_HEADER, executableName(), kLauncherVersion,
+                                           processUtils().getCurrentProcessId())
+                           : banner);
 }
 
 int Daemon::run(IService& service)

@@ -6,15 +6,20 @@
 
 #include "FileContent.h"
 #include "IFileUtils.h"
+#include "IJavaFinder.h"
 #include "IJavaLibResolver.h"
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
+#include "IServiceInstanceParameters.h"
 #include "ISystemUtils.h"
 #include "LauncherCliArgs.h"
+#include "LauncherConfig.h"
 #include "LauncherOsException.h"
+#include "LocalizationSupport.h"
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "TextTrim.h"
 
 namespace {
 
@@ -22,14 +27,6 @@ constexpr wchar_t kClass[] = L"LauncherParameters";
 constexpr wchar_t kPidOption[] = L"--pid";
 constexpr wchar_t kPidFileOption[] = L"--pidfile";
 constexpr std::uint32_t kMaxPidFileSize = 10;
-
-std::wstring_view trim(std::wstring_view text)
-{
-    constexpr wchar_t kBlanks[] = L" \t\r\n";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::wstring_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 /// The options in the value of JVM_OPTS: what stands between the markers
 /// "--jvmopt", blanks inside included. The marker counts wherever it stands,
@@ -40,11 +37,21 @@ std::vector<std::wstring> splitJvmOpts(std::wstring_view text)
     std::vector<std::wstring> options;
     while (true) {
         const std::size_t marker = text.find(kMarker);
-        const std::wstring_view option = trim(text.substr(0, marker));
+        const std::wstring_view option = trim(text.substr(0, marker), L" \t\r\n");
         if (!option.empty()) options.emplace_back(option);
         if (marker == std::wstring_view::npos) return options;
         text.remove_prefix(marker + kMarker.size());
     }
+}
+
+void append(const std::vector<std::wstring>& texts, std::vector<std::wstring>& list)
+{
+    list.insert(list.end(), texts.begin(), texts.end());
+}
+
+std::wstring firstNonEmpty(const std::wstring& first, const std::wstring& second)
+{
+    return first.empty() ? second : first;
 }
 
 /// The directory as an absolute path, created if it is missing; empty for an
@@ -85,12 +92,15 @@ std::int32_t parseDigits(std::string_view bytes)
 }  // namespace
 
 LauncherParameters::LauncherParameters(const LauncherCliArgs& cliArgs,
-                                       const IJavaLibResolver& javaLibResolver)
-    : cliArgs_(cliArgs), javaLibResolver_(javaLibResolver)
+                                       const IServiceInstanceParameters& serviceInstance,
+                                       const LauncherConfig& config,
+                                       const IJavaLibResolver& javaLibResolver,
+                                       IJavaFinder& javaFinder)
+    : cliArgs_(cliArgs), config_(config)
 {
     try {
         if (isStopMode()) collectForStop();
-        if (isStartMode()) collectForStart();
+        if (isStartMode()) collectForStart(serviceInstance, javaLibResolver, javaFinder);
     } catch (const LauncherException& e) {
         recordError(L"ctor", e.message());
         errorCode_ = e.exitCode();
@@ -109,17 +119,17 @@ bool LauncherParameters::isStopMode() const
 
 std::wstring LauncherParameters::getClassPath() const
 {
-    return cliArgs_.getClassPath();
+    return firstNonEmpty(cliArgs_.getClassPath(), config_.getClassPath());
 }
 
 std::wstring LauncherParameters::getModulePath() const
 {
-    return cliArgs_.getModulePath();
+    return firstNonEmpty(cliArgs_.getModulePath(), config_.getModulePath());
 }
 
 std::wstring LauncherParameters::getMainClass() const
 {
-    return cliArgs_.getInterfaceClass();
+    return firstNonEmpty(cliArgs_.getInterfaceClass(), config_.getMainClass());
 }
 
 std::wstring LauncherParameters::getInstanceRoot() const
@@ -129,7 +139,7 @@ std::wstring LauncherParameters::getInstanceRoot() const
 
 bool LauncherParameters::isQuiet() const
 {
-    return cliArgs_.isQuiet();
+    return cliArgs_.isQuiet() || config_.isQuiet();
 }
 
 bool LauncherParameters::isDaemon() const
@@ -139,7 +149,29 @@ bool LauncherParameters::isDaemon() const
 
 std::wstring LauncherParameters::getPidFile() const
 {
-    return cliArgs_.getPidFile();
+    return firstNonEmpty(cliArgs_.getPidFile(), config_.getPidFile());
+}
+
+std::int32_t LauncherParameters::getMinimalJavaVersion() const
+{
+    return config_.getMinimalJavaVersion();
+}
+
+std::wstring LauncherParameters::getUserStartupMessage() const
+{
+    const LauncherConfig::Texts& banner = config_.getBanner();
+    const std::wstring language = getLanguageFromJvmOptions(jvmOptions_);
+    if (!language.empty() && banner.contains(language)) {
+        logInfo({kClass, L"getUserStartupMessage"}, L"Language is explicitly set using JvmOpts",
+                L"language", language);
+        return banner.at(language);
+    }
+    const ISystemUtils& system = getOsUtilsFactory().getSystemUtils();
+    for (const std::wstring& key :
+         {system.getLocaleName(), system.getLanguageName(), std::wstring(L"default")}) {
+        if (banner.contains(key)) return banner.at(key);
+    }
+    return {};
 }
 
 const SimpleOptional<std::uint64_t>& LauncherParameters::getTimeout() const
@@ -154,7 +186,8 @@ bool LauncherParameters::isFast() const
 
 bool LauncherParameters::hasErrors() const
 {
-    return !errors_.empty() || cliArgs_.getMode() == LauncherCliArgs::Mode::Error;
+    return !errors_.empty() || cliArgs_.getMode() == LauncherCliArgs::Mode::Error ||
+           config_.hasError();
 }
 
 void LauncherParameters::logState() const
@@ -162,6 +195,10 @@ void LauncherParameters::logState() const
     if (hasErrors()) {
         logInfo({kClass, L"logState"}, L"Launch configuration failure.");
         return;
+    }
+    if (javaHomeFromEnvironment_) {
+        logInfo({kClass, L"logState"}, getMessage(IDS_JAVA_HOME_FROM_SYSENV), L"JavaHome",
+                javaHome_);
     }
     if (jvmOptsEnvironment_.empty()) {
         logInfo({kClass, L"logState"}, L"JVM_OPTS environment variable is not defined or empty");
@@ -179,47 +216,56 @@ void LauncherParameters::collectForStop()
     pidToStop_ = detectPidToStop();
 }
 
-void LauncherParameters::collectForStart()
+void LauncherParameters::collectForStart(const IServiceInstanceParameters& serviceInstance,
+                                         const IJavaLibResolver& javaLibResolver,
+                                         IJavaFinder& javaFinder)
 {
     if (getClassPath().empty() && getModulePath().empty()) {
         recordError(L"ctor", getMessage(IDS_CLASS_AND_MODULE_PATHS_ARE_EMPTY));
     }
-    workDir_ = prepareWorkDir(cliArgs_.getWorkDir());
-    locateJava();
-    composeJvmOptions();
-    mainClassArguments_ = cliArgs_.getInterfaceArguments();
-}
-
-void LauncherParameters::locateJava()
-{
-    if (!cliArgs_.getJvmDll().empty()) {
-        jvmLibraryPath_ = cliArgs_.getJvmDll();
-        return;
+    workDir_ = prepareWorkDir(firstNonEmpty(cliArgs_.getWorkDir(), config_.getWorkDir()));
+    jvmLibraryPath_ = cliArgs_.getJvmDll();
+    if (jvmLibraryPath_.empty()) {
+        javaHome_ = detectJavaHome(serviceInstance, javaFinder);
+        if (!javaHome_.empty()) jvmLibraryPath_ = javaLibResolver.resolve(javaHome_);
     }
-    javaHome_ = detectJavaHome();
-    if (!javaHome_.empty()) jvmLibraryPath_ = javaLibResolver_.resolve(javaHome_);
+    composeJvmOptions(serviceInstance);
+    mainClassArguments_ = cliArgs_.getInterfaceArguments();
+    append(config_.getMainClassArguments(), mainClassArguments_);
 }
 
-std::wstring LauncherParameters::detectJavaHome()
+std::wstring LauncherParameters::detectJavaHome(const IServiceInstanceParameters& serviceInstance,
+                                                IJavaFinder& javaFinder)
 {
     constexpr wchar_t kMethod[] = L"detectJavaHome";
-    const std::wstring& javaHome = cliArgs_.getJavaHome();
-    if (javaHome.empty()) {
-        recordError(kMethod, getMessage(IDS_CANNOT_GUESS_JAVAHOME));
-    } else {
+    if (!cliArgs_.getJavaHome().empty()) {
         logInfo({kClass, kMethod}, L"Using JAVA_HOME from --javahome command line argument.",
-                L"path", javaHome);
+                L"path", cliArgs_.getJavaHome());
+        return cliArgs_.getJavaHome();
     }
-    return javaHome;
+    if (!serviceInstance.getJavaHome().empty()) {
+        logInfo({kClass, kMethod}, L"Using JAVA_HOME from service ini file --javahome parameter.");
+        return serviceInstance.getJavaHome();
+    }
+    if (!config_.getJavaHome().empty()) {
+        logInfo({kClass, kMethod},
+                L"Using JAVA_HOME from Launcher config file (launcher.yml) java-home parameter.");
+        return config_.getJavaHome();
+    }
+    const JavaFinderResult found = javaFinder.find(getMinimalJavaVersion());
+    if (!javaFinder.getErrors().empty()) recordError(kMethod, javaFinder.getErrors());
+    if (found.path.empty()) recordError(kMethod, getMessage(IDS_CANNOT_GUESS_JAVAHOME));
+    javaHomeFromEnvironment_ = found.fromEnvironment;
+    return found.path;
 }
 
-void LauncherParameters::composeJvmOptions()
+void LauncherParameters::composeJvmOptions(const IServiceInstanceParameters& serviceInstance)
 {
     jvmOptions_ = cliArgs_.getJvmOptions();
+    append(serviceInstance.getJvmOptions(), jvmOptions_);
+    append(config_.getJvmOptions(), jvmOptions_);
     jvmOptsEnvironment_ = getOsUtilsFactory().getProcessUtils().getEnvironmentVariable(L"JVM_OPTS");
-    for (std::wstring& option : splitJvmOpts(jvmOptsEnvironment_)) {
-        jvmOptions_.push_back(std::move(option));
-    }
+    append(splitJvmOpts(jvmOptsEnvironment_), jvmOptions_);
 }
 
 std::int32_t LauncherParameters::detectPidToStop()

@@ -1,7 +1,7 @@
 // LauncherParameters: the settings that a run works with, merged from the
-// command line and the environment. Built once by main on the main thread,
-// immutable afterwards. The constructor never throws a LauncherException:
-// problems are kept as texts, for main to print.
+// command line, the service's ini file, launcher.yml and the environment. Built
+// once by main on the main thread, immutable afterwards. The constructor never
+// throws a LauncherException: problems are kept as texts, for main to print.
 #pragma once
 
 #include <cstdint>
@@ -10,14 +10,21 @@
 
 #include "SimpleOptional.h"
 
+class IJavaFinder;
 class IJavaLibResolver;
+class IServiceInstanceParameters;
 class LauncherCliArgs;
+class LauncherConfig;
 
 class LauncherParameters final {
 public:
-    /// The arguments must outlive the object. In start mode creates the
-    /// working directory if it is missing.
-    LauncherParameters(const LauncherCliArgs& cliArgs, const IJavaLibResolver& javaLibResolver);
+    /// `cliArgs` and `config` must outlive the object; the others are used
+    /// during construction only. In start mode creates the working directory if
+    /// it is missing, and asks `javaFinder` if nothing names a Java.
+    LauncherParameters(const LauncherCliArgs& cliArgs,
+                       const IServiceInstanceParameters& serviceInstance,
+                       const LauncherConfig& config, const IJavaLibResolver& javaLibResolver,
+                       IJavaFinder& javaFinder);
 
     [[nodiscard]] bool isStartMode() const;
     [[nodiscard]] bool isStopMode() const;
@@ -40,7 +47,11 @@ public:
     [[nodiscard]] bool isQuiet() const;
     [[nodiscard]] bool isDaemon() const;
     /// Lowest feature version of Java that the application accepts.
-    [[nodiscard]] std::int32_t getMinimalJavaVersion() const { return kDefaultMinimalJavaVersion; }
+    [[nodiscard]] std::int32_t getMinimalJavaVersion() const;
+    /// The text that launcher.yml has for the user's language: that of the JVM
+    /// options, else of the environment, else the default one. Empty when it
+    /// has none. On the main thread: it asks for the locale.
+    [[nodiscard]] std::wstring getUserStartupMessage() const;
 
     // Both modes.
     [[nodiscard]] std::wstring getPidFile() const;
@@ -60,15 +71,13 @@ public:
     void logState() const;
 
 private:
-    static constexpr std::int32_t kDefaultMinimalJavaVersion = 8;
-
     void collectForStop();
-    void collectForStart();
-    /// The JVM library: given, or found in the Java home.
-    void locateJava();
+    void collectForStart(const IServiceInstanceParameters& serviceInstance,
+                         const IJavaLibResolver& javaLibResolver, IJavaFinder& javaFinder);
     /// Empty, with an error recorded, when no source names one.
-    std::wstring detectJavaHome();
-    void composeJvmOptions();
+    std::wstring detectJavaHome(const IServiceInstanceParameters& serviceInstance,
+                                IJavaFinder& javaFinder);
+    void composeJvmOptions(const IServiceInstanceParameters& serviceInstance);
     /// -1, with an error recorded, when it cannot be told. Throws as
     /// readPidFromFile().
     std::int32_t detectPidToStop();
@@ -80,13 +89,14 @@ private:
     void recordError(const wchar_t* method, const std::wstring& text);
 
     const LauncherCliArgs& cliArgs_;
-    const IJavaLibResolver& javaLibResolver_;
+    const LauncherConfig& config_;
     std::wstring javaHome_;
     std::wstring jvmLibraryPath_;
     std::wstring workDir_;
     std::vector<std::wstring> jvmOptions_;
     std::vector<std::wstring> mainClassArguments_;
     std::int32_t pidToStop_ = -1;
+    bool javaHomeFromEnvironment_ = false;
     std::wstring jvmOptsEnvironment_;
     std::wstring errors_;
     std::uint32_t errorCode_ = 0;

@@ -3,18 +3,23 @@
 // that open and close a run.
 
 #include <chrono>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "Daemon.h"
+#include "GraalAdapter.h"
 #include "IConsole.h"
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
 #include "ISystemUtils.h"
+#include "Inventory.h"
+#include "JavaFinder.h"
 #include "JavaLibResolver.h"
 #include "LauncherCliArgs.h"
+#include "LauncherConfig.h"
 #include "LauncherException.h"
 #include "LauncherParameters.h"
 #include "LauncherVersion.h"
@@ -24,9 +29,19 @@
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "ReleaseFileJavaChecker.h"
+#include "ServiceInstanceParameters.h"
+#include "SimpleOptional.h"
 #include "StandardDescriptors.h"
+#include "StdoutErrorPrinter.h"
 #include "StopSignalLog.h"
 #include "TextConversion.h"
+
+// Where administrators keep the ini files of their services. Only the tests
+// build a launcher that looks elsewhere.
+#ifndef LAUNCHER_INI_DIRECTORY
+#define LAUNCHER_INI_DIRECTORY L"/etc/default/Korvan/Orlanda/"
+#endif
 
 namespace {
 
@@ -65,15 +80,32 @@ int reportCommandLineErrors(const LauncherCliArgs& cliArgs, IConsole& console)
     return finish(static_cast<int>(exit_code::kCommandLine));
 }
 
-void openLog(const LauncherCliArgs& cliArgs, const Arguments& arguments,
+void openLog(const std::wstring& path, const LauncherCliArgs& cliArgs, const Arguments& arguments,
              const std::wstring& launchTime)
 {
-    initLogger(cliArgs.getClog());
+    initLogger(path);
     logInfo({kMain, kMain}, L"Launcher started.", L"version", kLauncherVersion, L"time",
             launchTime);
     getLogger().flush();
     LauncherCliArgs::logRawArgs(arguments);
     cliArgs.logState();
+}
+
+/// The parameters keep references to `cliArgs` and `config`.
+std::shared_ptr<const LauncherParameters> mergeSettings(
+    const LauncherCliArgs& cliArgs, const IServiceInstanceParameters& serviceInstance,
+    const LauncherConfig& config, const IJavaLibResolver& javaLibResolver, IConsole& console)
+{
+    IOsUtilsFactory& os = getOsUtilsFactory();
+    GraalAdapter graalAdapter(os.getProcessUtils().getExecutableDirectory() + L"/libinventory.so",
+                              os.getSystemUtils());
+    Inventory inventory(graalAdapter, os);
+    const ReleaseFileJavaChecker javaChecker(os.getFileUtils());
+    StdoutErrorPrinter errorPrinter(console);
+    InventoryAndEnvJavaFinder javaFinder(inventory, javaChecker, errorPrinter,
+                                         os.getProcessUtils());
+    return std::make_shared<const LauncherParameters>(cliArgs, serviceInstance, config,
+                                                      javaLibResolver, javaFinder);
 }
 
 int stopAnother(const LauncherParameters& parameters, IConsole& console)
@@ -99,9 +131,25 @@ int startService(const std::shared_ptr<const LauncherParameters>& parameters, IC
 int runMode(const LauncherCliArgs& cliArgs, const Arguments& arguments,
             const std::wstring& launchTime, IConsole& console)
 {
-    openLog(cliArgs, arguments, launchTime);
+    const LauncherConfig config =
+        LauncherConfig::read(cliArgs.getInstanceRoot(), cliArgs.getMode() == Mode::Start);
+    if (config.hasError()) {
+        console.writeLine(config.getErrorMessage());
+        openLog(cliArgs.getClog(), cliArgs, arguments, launchTime);
+        return finish(static_cast<int>(config.getErrorCode()));
+    }
+    const std::wstring& clog = cliArgs.getClog();
+    openLog(clog.empty() ? config.getLogFile() : clog, cliArgs, arguments, launchTime);
+    config.logState();
+    const std::wstring& serviceName = cliArgs.getServiceName();
+    const std::unique_ptr<ServiceInstanceParameters> serviceInstance =
+        ServiceInstanceParameters::create(
+            serviceName.empty() ? config.getServiceName() : serviceName, LAUNCHER_INI_DIRECTORY);
+    serviceInstance->logState();
+
     const JavaLibResolver javaLibResolver;
-    const auto parameters = std::make_shared<const LauncherParameters>(cliArgs, javaLibResolver);
+    const std::shared_ptr<const LauncherParameters> parameters =
+        mergeSettings(cliArgs, *serviceInstance, config, javaLibResolver, console);
     parameters->logState();
     if (parameters->hasErrors()) {
         console.writeLine(parameters->getErrors());

@@ -2,29 +2,157 @@
 
 #include <tuple>
 
+#include "IJavaFinder.h"
 #include "JavaLibResolver.h"
 #include "LauncherCliArgs.h"
+#include "LauncherConfig.h"
 #include "MessageIds.h"
 #include "ScopedEnvironment.h"
+#include "ServiceInstanceParameters.h"
 #include "UnitTest.h"
 
 namespace {
 
+/// Finds what it is told to find.
+struct FakeJavaFinder final : IJavaFinder {
+    JavaFinderResult find(std::int32_t minimalJavaVersion) override
+    {
+        asked.push_back(minimalJavaVersion);
+        return result;
+    }
+    const std::wstring& getErrors() const override { return errors; }
+
+    JavaFinderResult result;
+    std::wstring errors;
+    std::vector<std::int32_t> asked;
+};
+
 class LauncherParametersTest : public UnitTest {
 protected:
-    /// The parameters of a command line, in which '@' stands for the directory.
+    /// The parameters of a command line, in which '@' stands for the directory,
+    /// with the directory's launcher.yml and service.ini, if they are there.
     const LauncherParameters& merge(const std::wstring& commandLine)
     {
         cliArgs_ = LauncherCliArgs::create(split(L"launcher " + at(commandLine)));
-        parameters_ = std::make_unique<LauncherParameters>(*cliArgs_, resolver_);
+        config_ = std::make_unique<LauncherConfig>(LauncherConfig::readFrom(dir_.wide(), L""));
+        const auto ini = ServiceInstanceParameters::create(L"service.ini", dir_.wide() + L"/");
+        parameters_ = std::make_unique<LauncherParameters>(*cliArgs_, *ini, *config_,
+                                                           JavaLibResolver(), finder_);
         return *parameters_;
+    }
+    void configure(const std::string& entries) const
+    {
+        dir_.write("launcher.yml", "launcher-parameters:\n" + entries);
     }
 
     ScopedEnvironment noJvmOpts_{"JVM_OPTS", nullptr};
-    JavaLibResolver resolver_;
+    FakeJavaFinder finder_;
     std::unique_ptr<LauncherCliArgs> cliArgs_;
+    std::unique_ptr<LauncherConfig> config_;
     std::unique_ptr<LauncherParameters> parameters_;
 };
+
+TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
+{
+    configure(
+        "  class-path: c\n  module-path: m\n  main-class: C\n  pid-file: p\n  daemon: true\n"
+        "  quiet: true\n  work-dir: ${launcher.dir}/y\n  jvm-opts:\n  - -D3\n"
+        "  main-class-args:\n  - a\n  - b\n");
+    dir_.write("service.ini", "JAVA_OPT=-D2");
+    const ScopedEnvironment jvmOpts("JVM_OPTS", "-D4");
+    const auto texts = [this] {
+        return Texts{parameters_->getClassPath(), parameters_->getModulePath(),
+                     parameters_->getMainClass(), parameters_->getPidFile(),
+                     parameters_->getWorkDir()};
+    };
+    merge(L"start --jvmdll x");
+    EXPECT_EQ(texts(), (Texts{L"c", L"m", L"C", L"p", at(L"@/y")}));
+    EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D2", L"-D3", L"-D4"}));
+    EXPECT_EQ(parameters_->getMainClassArguments(), (Texts{L"a", L"b"}));
+    EXPECT_TRUE(parameters_->isQuiet() && !parameters_->isDaemon());
+
+    merge(
+        L"start --jvmdll x --jclasspath 1 --jmodulepath 2 --jifaceclass 3 --pidfile 4 "
+        L"--workdir @/5 --jvmopt -D1 --jifacearg b");
+    EXPECT_EQ(texts(), (Texts{L"1", L"2", L"3", L"4", at(L"@/5")}));
+    EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D1", L"-D2", L"-D3", L"-D4"}));
+    EXPECT_EQ(parameters_->getMainClassArguments(), (Texts{L"b", L"a", L"b"}));
+    EXPECT_EQ(parameters_->getErrors(), L"");
+}
+
+TEST_F(LauncherParametersTest, TakesTheFirstJavaHomeThatIsSet)
+{
+    for (const char* home : {"found", "yml", "ini", "cli"}) {
+        dir_.write(std::string(home) + "/lib/server/libjvm.so", "");
+    }
+    const auto home = [this](const std::wstring& option = L"") {
+        const std::wstring& chosen = merge(L"start --jclasspath a" + option).getJavaHome();
+        EXPECT_EQ(parameters_->getJvmLibraryPath(), chosen + L"/lib/server/libjvm.so");
+        parameters_->logState();
+        return chosen;
+    };
+    finder_.result = {at(L"@/found"), true};
+    EXPECT_EQ(home(), at(L"@/found"));
+    configure("  minimal-java-version: 17\n  java-home: ${launcher.dir}/yml");
+    EXPECT_EQ(home(), at(L"@/yml"));
+    EXPECT_EQ(parameters_->getMinimalJavaVersion(), 17);
+    dir_.write("service.ini", "JAVA_HOME=" + dir_ / "ini");
+    EXPECT_EQ(home(), at(L"@/ini"));
+    EXPECT_EQ(home(L" --javahome @/cli"), at(L"@/cli"));
+    EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{8});
+    const std::wstring start = L"INFO LauncherParameters.";
+    const std::wstring noJvmOpts =
+        start + L"logState: JVM_OPTS environment variable is not defined or empty";
+    const std::wstring using_ = start + L"detectJavaHome: Using JAVA_HOME from ";
+    EXPECT_EQ(
+        log_.lines(),
+        (Texts{at(start + L"logState: Using a JAVA_HOME value from a system environment "
+                          L"JavaHome=@/found"),
+               noJvmOpts, using_ + L"Launcher config file (launcher.yml) java-home parameter.",
+               noJvmOpts, using_ + L"service ini file --javahome parameter.", noJvmOpts,
+               at(using_ + L"--javahome command line argument. path=@/cli"), noJvmOpts}));
+}
+
+TEST_F(LauncherParametersTest, AsksForAJavaOfTheMinimalVersionAndKeepsWhatWentWrong)
+{
+    configure("  minimal-java-version: 21");
+    finder_.errors = L"inventory failed";
+    EXPECT_EQ(merge(L"start --jclasspath a").getErrors(),
+              L"inventory failed\n" + getMessage(IDS_CANNOT_GUESS_JAVAHOME));
+    EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{21});
+    EXPECT_EQ(parameters_->getErrorCode(), 0u);
+
+    // Also with a Java the error stops the start.
+    dir_.write("lib/server/libjvm.so", "");
+    finder_.result.path = dir_.wide();
+    merge(L"start --jclasspath a").logState();
+    EXPECT_EQ(parameters_->getErrors(), L"inventory failed");
+    EXPECT_EQ(log_.lines().back(),
+              L"INFO LauncherParameters.logState: Launch configuration failure.");
+
+    configure("  nonsense: x");
+    EXPECT_TRUE(merge(L"start --jclasspath a --jvmdll x").hasErrors());
+}
+
+TEST_F(LauncherParametersTest, ChoosesTheBannerByLanguage)
+{
+    const auto banner = [this](const std::wstring& options, const char* locale) {
+        const ScopedEnvironment lcAll("LC_ALL", locale);
+        return merge(L"start --jvmdll x --jclasspath a" + options).getUserStartupMessage();
+    };
+    EXPECT_EQ(banner(L"", "C"), L"");
+    configure("  banner:\n    default: d\n    ru: r\n    en: e\n");
+    EXPECT_EQ(banner(L" --jvmopt -Da --jvmopt -Duser.language=RU", "C"), L"r");
+    EXPECT_EQ(log_.lines(), Texts{L"INFO LauncherParameters.getUserStartupMessage: Language is "
+                                  L"explicitly set using JvmOpts language=ru"});
+    for (const wchar_t* other :
+         {L"", L" --jvmopt -Duser.language=de", L" --jvmopt -Duser.language="}) {
+        EXPECT_EQ(banner(other, "C"), L"e");
+    }
+    configure("  banner:\n    default: d\n    en: e\n    en_US: u");
+    EXPECT_EQ(banner(L"", "C"), L"u");
+    EXPECT_EQ(banner(L"", "de_DE@euro"), L"d");
+}
 
 TEST_F(LauncherParametersTest, LocatesTheJvmAndTheWorkingDirectory)
 {
@@ -37,7 +165,7 @@ TEST_F(LauncherParametersTest, LocatesTheJvmAndTheWorkingDirectory)
     EXPECT_EQ(log_.lines(), Texts{at(L"INFO LauncherParameters.detectJavaHome: Using JAVA_HOME "
                                      L"from --javahome command line argument. path=@/home")});
     // A given library needs no Java home.
-    merge(L"start --jvmdll /no/libjvm.so --javahome /no --jclasspath a");
+    merge(L"start --jvmdll /no/libjvm.so --javahome /no --jmodulepath a");
     EXPECT_EQ(parameters_->getErrors() + parameters_->getJavaHome(), L"");
     EXPECT_EQ(parameters_->getJvmLibraryPath(), L"/no/libjvm.so");
 }
@@ -69,6 +197,8 @@ TEST_F(LauncherParametersTest, KeepsTheTextsAndTheCodeOfEveryProblem)
         {L"start --jclasspath a --workdir /dev/null/x", 20,
          L"Cannot read file '/dev/null/x'. Error: (20) Not a directory"},
         {L"start --jclasspath a --javahome /dev", 4, L"Cannot find JVM library"},
+        {L"stop --pid 1 --pidfile x", 0,
+         L"Mutually exclusive CLI arguments --pid and --pidfile are set"},
         {L"stop --pidfile /dev/null/x", 0,
          L"Cannot read file '/dev/null/x'. Error: (20) Not a directory"},
         {L"stop --pidfile /no", 0, L"Cannot read file '/no'. Error: (2) No such file or directory"},

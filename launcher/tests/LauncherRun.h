@@ -68,6 +68,12 @@ public:
         environment_[name] = value;
         return *this;
     }
+    /// Another build or copy of the launcher.
+    LauncherRun& program(const std::filesystem::path& path)
+    {
+        program_ = path;
+        return *this;
+    }
     /// What the new process does before it becomes the launcher.
     LauncherRun& before(const std::function<void()>& preparation)
     {
@@ -90,7 +96,7 @@ private:
     [[noreturn]] void becomeLauncher(const ScopedTempDir& streams) const noexcept
     {
         std::vector<std::string> words = arguments_;
-        words.insert(words.begin(), LAUNCHER_EXECUTABLE);
+        words.insert(words.begin(), program_);
         std::vector<char*> argv;
         argv.reserve(words.size() + 1);
         for (std::string& word : words) argv.push_back(word.data());
@@ -106,7 +112,7 @@ private:
         if (!std::freopen((streams / "out").c_str(), "a", stdout)) _exit(126);
         if (!std::freopen((streams / "err").c_str(), "a", stderr)) _exit(126);
         // Opened here, since the preparation may give up the right to go there.
-        const int program = open(LAUNCHER_EXECUTABLE, O_RDONLY | O_CLOEXEC);
+        const int program = open(program_.c_str(), O_RDONLY | O_CLOEXEC);
         preparation_();
         prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that is killed takes its launcher along
         fexecve(program, argv.data(), environ);
@@ -114,6 +120,7 @@ private:
     }
 
     std::filesystem::path directory_;
+    std::filesystem::path program_ = LAUNCHER_EXECUTABLE;
     std::vector<std::string> arguments_;
     std::map<std::string, std::string> environment_{
         {"LC_ALL", "C.UTF-8"},
