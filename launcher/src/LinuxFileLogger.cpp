@@ -13,6 +13,8 @@
 #include <string_view>
 
 #include "DirHandle.h"
+#include "IFileUtils.h"
+#include "IOsUtilsFactory.h"
 #include "LastErrorText.h"
 #include "LauncherException.h"
 #include "LocalTimeText.h"
@@ -105,9 +107,10 @@ void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
     const std::string baseName = bare ? bytePath : bytePath.substr(separator + 1);
 
     const RotationState state = readRotationState(path, directory, baseName);
-    if (state.logExists && !isSpecialFile(bytePath)) {
-        rotate(path, bytePath, state.highestNumber + 1);
-    }
+    // A directory is no old log: opening it fails, and it stays where it is.
+    const bool isLog =
+        !isSpecialFile(bytePath) && !getOsUtilsFactory().getFileUtils().isDirectory(path);
+    if (state.logExists && isLog) rotate(path, bytePath, state.highestNumber + 1);
 }
 
 std::wstring_view lastComponent(std::wstring_view path)

@@ -14,8 +14,10 @@
 class LinuxFileLogger final : public ILogger {
 public:
     /// Renames an older file at `path` to the next free number, "path.1" on,
-    /// and opens a fresh one; a device or pipe stays where it is. `pid` goes into every record.
-    /// Throws LauncherException IDS_FILE_CREATION_ERROR or IDS_CANNOT_ROTATE_LOG (code 10).
+    /// and opens a fresh one; a device or pipe stays where it is, and so does a
+    /// directory, which is then refused. `pid` goes into every record. Throws
+    /// LauncherException IDS_FILE_CREATION_ERROR or IDS_CANNOT_ROTATE_LOG
+    /// (code 10).
     LinuxFileLogger(const std::wstring& path, std::int32_t pid);
     ~LinuxFileLogger() override;
     LinuxFileLogger(const LinuxFileLogger&) = delete;

@@ -132,6 +132,8 @@ TEST_F(LogTest, ReportsALogThatCannotBeMade)
     const std::wstring absent = dir_.wide("absent/app.log");
     EXPECT_EQ(raised([&] { LinuxFileLogger(absent, 1); }),
               L"10 Cannot create file '" + absent + L"'. Error: (2) No such file or directory");
+    EXPECT_EQ(raised([&] { LinuxFileLogger(dir_.wide(), 1); }),
+              L"10 Cannot create file '" + dir_.wide() + L"'. Error: (21) Is a directory");
     // A bare "app.log." counts as the log, which then cannot be renamed.
     dir_.write("app.log.", "");
     EXPECT_EQ(raised([&] { LinuxFileLogger(file_, 1); }),
