@@ -34,3 +34,9 @@ if(LAUNCHER_SANITIZE)
             "SHELL:-include ${CMAKE_CURRENT_LIST_DIR}/ThreadSanitizer.h")
     endif()
 endif()
+
+if(LAUNCHER_FUZZ)
+    # Lets the fuzzers see which branches an input takes; they alone link the
+    # library that does (launcher/fuzz).
+    target_compile_options(launcher_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

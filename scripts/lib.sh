@@ -6,6 +6,7 @@ set -euo pipefail
 ROOT=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
 readonly ROOT
 readonly OLDEST_JAVA=17
+readonly LLVM=14  # what clang-format prints differs from version to version
 
 say() {
     printf '\n== %s\n' "$*"
@@ -92,6 +93,18 @@ find_jdk() {
 # install_locale NAME SOURCE CHARSET, unless the system has it.
 install_locale() {
     LC_ALL=$1 locale charmap 2>/dev/null | grep -qx "$3" || as_root localedef -i "$2" -f "$3" "$1"
+}
+
+# The library of libFuzzer, whose path holds the whole version of clang.
+has_fuzzer_runtime() {
+    compgen -G "/usr/lib/llvm-$LLVM/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a"
+}
+
+# exec_fixed COMMAND...: becomes the command, with a fixed layout of the address
+# space, which newer kernels spread wider than the sanitizers can follow; where
+# that cannot be had, it may do without.
+exec_fixed() {
+    if setarch -R true 2>/dev/null; then exec setarch -R "$@"; else exec "$@"; fi
 }
 
 install_build_tools() {
