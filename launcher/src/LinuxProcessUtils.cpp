@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdlib>
@@ -51,7 +52,9 @@ std::wstring LinuxProcessUtils::getExecutablePath() const
 std::wstring LinuxProcessUtils::getExecutableDirectory() const
 {
     const std::wstring path = getExecutablePath();
-    return getOsUtilsFactory().getFileUtils().getAbsolutePath(path.substr(0, path.rfind(L'/')));
+    // The directory of "/launcher" is the root, though nothing stands before its '/'.
+    const std::size_t length = std::max<std::size_t>(path.rfind(L'/'), 1);
+    return getOsUtilsFactory().getFileUtils().getAbsolutePath(path.substr(0, length));
 }
 
 void LinuxProcessUtils::changeCurrentDirectory(const std::wstring& path) const
