@@ -36,6 +36,12 @@ TEST_F(CommandLineE2eTest, ReportsErrorsOnStandardOutput)
         {0, "stop --pidfile .", "Cannot read file '.'. Error: (21) Is a directory"},
         {0, "start --jvmdll x", "Neither --jclasspath nor --jmodulepath is set."},
         {4, "start --javahome . --jclasspath x", "Cannot find JVM library"},
+        {20, "start --jclasspath a --workdir /dev/null/x",
+         "Cannot read file '/dev/null/x'. Error: (20) Not a directory"},
+        {0, "stop --pid 1 --pidfile x",
+         "Mutually exclusive CLI arguments --pid and --pidfile are set"},
+        {0, "stop --pidfile /dev/null/x",
+         "Cannot read file '/dev/null/x'. Error: (20) Not a directory"},
         {1, "start --quiet --quiet --no --clog launcher.log",
          "--quiet can not be duplicated, only one occurrence is allowed\n"
          "Unexpected CLI arguments: --no"},

@@ -103,22 +103,6 @@ TEST_P(StartE2eTest, IsRefusedWhileThePidFileBelongsToARunningLauncher)
     EXPECT_FALSE(exists("service.pid"));
 }
 
-TEST_P(StartE2eTest, ReplacesAPidFileThatIsLeftOverOrNone)
-{
-    const std::string none = "INFO PID-file exists and has unsupported format, delete it ";
-    const std::pair<std::string, std::string> cases[] = {
-        {"999999999", "INFO Process referenced in PID-file is not running, delete old PID-file"},
-        {"", none + "formatError=\"Zero-sized"},
-        {"12\n", none + "formatError=\"Illegal"},
-    };
-    for (const auto& [left, record] : cases) {
-        dir.write("service.pid", left);
-        EXPECT_EQ(service().run().status, 0);
-        EXPECT_TRUE(log().holds(record)) << record;
-        EXPECT_FALSE(exists("service.pid"));
-    }
-}
-
 TEST_P(StartE2eTest, PrintsAHeaderInTheLanguageOfTheUser)
 {
     const auto header = [this](const std::string& verb) {  // of the run before

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include "MessageIds.h"
-#include "ScopedEnvironment.h"
 #include "UnitTest.h"
 #include "VariableExpansion.h"
 
@@ -180,12 +179,6 @@ TEST_F(LauncherConfigTest, ExpandsVariablesOneAfterTheOther)
     context.instanceRoot = L"${instance.root}";
     EXPECT_EQ(raised(expand),
               start + L"${instance.root} contains the variable itself: '${instance.root}'.");
-}
-
-TEST_F(LauncherConfigTest, TakesThePathOfTheEnvironment)
-{
-    const ScopedEnvironment path("PATH", "/a:/b");
-    EXPECT_EQ(configure("  work-dir: ${env.path}").getWorkDir(), L"/a:/b");
 }
 
 }  // namespace

@@ -73,11 +73,14 @@ TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
 
     merge(
         L"start --jvmdll x --jclasspath 1 --jmodulepath 2 --jifaceclass 3 --pidfile 4 "
-        L"--workdir @/5 --jvmopt -D1 --jifacearg b");
+        L"--workdir @/y/../5 --javahome /no --jvmopt -D1 --jifacearg b");
     EXPECT_EQ(texts(), (Texts{L"1", L"2", L"3", L"4", at(L"@/5")}));
     EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D1", L"-D2", L"-D3", L"-D4"}));
     EXPECT_EQ(parameters_->getMainClassArguments(), (Texts{L"b", L"a", L"b"}));
-    EXPECT_EQ(parameters_->getErrors(), L"");
+    // A given library needs no Java home, and a module path no class path.
+    EXPECT_EQ(parameters_->getJvmLibraryPath(), L"x");
+    configure("");
+    EXPECT_EQ(merge(L"start --jvmdll x --jmodulepath m").getErrors(), L"");
 }
 
 TEST_F(LauncherParametersTest, TakesTheFirstJavaHomeThatIsSet)
@@ -121,6 +124,7 @@ TEST_F(LauncherParametersTest, AsksForAJavaOfTheMinimalVersionAndKeepsWhatWentWr
               L"inventory failed\n" + getMessage(IDS_CANNOT_GUESS_JAVAHOME));
     EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{21});
     EXPECT_EQ(parameters_->getErrorCode(), 0u);
+    EXPECT_TRUE(log_.holds(L"ERROR LauncherParameters.detectJavaHome: inventory failed"));
 
     // Also with a Java the error stops the start.
     dir_.write("lib/server/libjvm.so", "");
@@ -154,22 +158,6 @@ TEST_F(LauncherParametersTest, ChoosesTheBannerByLanguage)
     EXPECT_EQ(banner(L"", "de_DE@euro"), L"d");
 }
 
-TEST_F(LauncherParametersTest, LocatesTheJvmAndTheWorkingDirectory)
-{
-    dir_.write("home/lib/server/libjvm.so", "");
-    merge(L"start --jclasspath a --javahome @/home --workdir @/home/../place/new");
-    EXPECT_EQ(parameters_->getErrors(), L"");
-    EXPECT_EQ(parameters_->getJavaHome(), at(L"@/home"));
-    EXPECT_EQ(parameters_->getJvmLibraryPath(), at(L"@/home/lib/server/libjvm.so"));
-    EXPECT_EQ(parameters_->getWorkDir(), at(L"@/place/new"));
-    EXPECT_EQ(log_.lines(), Texts{at(L"INFO LauncherParameters.detectJavaHome: Using JAVA_HOME "
-                                     L"from --javahome command line argument. path=@/home")});
-    // A given library needs no Java home.
-    merge(L"start --jvmdll /no/libjvm.so --javahome /no --jmodulepath a");
-    EXPECT_EQ(parameters_->getErrors() + parameters_->getJavaHome(), L"");
-    EXPECT_EQ(parameters_->getJvmLibraryPath(), L"/no/libjvm.so");
-}
-
 TEST_F(LauncherParametersTest, SplitsJvmOptsAtEveryMarker)
 {
     const std::pair<const char*, Texts> cases[] = {
@@ -186,28 +174,6 @@ TEST_F(LauncherParametersTest, SplitsJvmOptsAtEveryMarker)
     const std::wstring logState = L"INFO LauncherParameters.logState: ";
     EXPECT_TRUE(log_.holds(logState + L"JVM_OPTS environment variable is not defined or empty"));
     EXPECT_TRUE(log_.holds(logState + L"Adding JVM_OPTS to JVM arguments JVM_OPTS=  --jvmopt  "));
-}
-
-TEST_F(LauncherParametersTest, KeepsTheTextsAndTheCodeOfEveryProblem)
-{
-    const std::tuple<std::wstring, std::uint32_t, std::wstring> cases[] = {
-        {L"start", 0,
-         getMessage(IDS_CLASS_AND_MODULE_PATHS_ARE_EMPTY) + L"\n" +
-             getMessage(IDS_CANNOT_GUESS_JAVAHOME)},
-        {L"start --jclasspath a --workdir /dev/null/x", 20,
-         L"Cannot read file '/dev/null/x'. Error: (20) Not a directory"},
-        {L"start --jclasspath a --javahome /dev", 4, L"Cannot find JVM library"},
-        {L"stop --pid 1 --pidfile x", 0,
-         L"Mutually exclusive CLI arguments --pid and --pidfile are set"},
-        {L"stop --pidfile /dev/null/x", 0,
-         L"Cannot read file '/dev/null/x'. Error: (20) Not a directory"},
-        {L"stop --pidfile /no", 0, L"Cannot read file '/no'. Error: (2) No such file or directory"},
-    };
-    for (const auto& [commandLine, code, errors] : cases) {
-        EXPECT_EQ(merge(commandLine).getErrors(), errors);
-        EXPECT_EQ(parameters_->getErrorCode(), code);
-    }
-    EXPECT_TRUE(log_.holds(L"ERROR LauncherParameters.ctor: Cannot find JVM library"));
 }
 
 TEST_F(LauncherParametersTest, ReadsOnlyDigitsFromThePidFileOfAnother)

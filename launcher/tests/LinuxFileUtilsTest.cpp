@@ -91,17 +91,6 @@ TEST_F(LinuxFileUtilsTest, NamesTheFileThatItCannotUse)
               L"20 Cannot read file '" + online + L"'. Error: (61) No data available");
 }
 
-TEST_F(LinuxFileUtilsTest, ReplacesTheContentOfAFile)
-{
-    files_.writeFile("a\0b", 3, L"file");
-    EXPECT_EQ(readText("file"), std::string("a\0b", 3));
-    const std::string big(1 << 20, 'x');
-    for (const std::uint32_t size : {1u, 1u << 20}) {  // fails when flushed, when written
-        EXPECT_EQ(raised([&] { files_.writeFile(big.data(), size, L"/dev/full"); }),
-                  L"20 Cannot write file '/dev/full'. Error: (28) No space left on device");
-    }
-}
-
 TEST_F(LinuxFileUtilsTest, ListsFilesWhoseNameHoldsAMatch)
 {
     for (const char* const name : {"lib.jar", "x.jarfile", "ajar", "sub.jar/in.jar"})

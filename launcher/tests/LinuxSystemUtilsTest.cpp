@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <clocale>
 #include <ctime>
 
@@ -44,12 +43,6 @@ TEST(LinuxSystemUtilsTest, GivesTheLocalTimeWithMilliseconds)
     EXPECT_STREQ(strptime(text.c_str(), "%Y/%m/%d-%H:%M:%S", &parsed), text.c_str() + 19);
     const std::time_t told = timegm(&parsed) - 19800;  // 5:30 hours
     EXPECT_TRUE(told >= before && told <= std::time(nullptr));
-}
-
-TEST(LinuxSystemUtilsTest, DescribesTheCurrentErrno)
-{
-    errno = 4095;
-    EXPECT_EQ(systemUtils.getLastErrorText(), L"(4095) Unknown error 4095");
 }
 
 TEST(PosixLibraryHandleTest, FindsSymbolsUntilItIsClosed)

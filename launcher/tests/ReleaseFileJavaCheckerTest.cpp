@@ -2,7 +2,6 @@
 
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
-#include "TextLines.h"
 #include "UnitTest.h"
 
 namespace {
@@ -27,7 +26,7 @@ TEST_F(ReleaseFileJavaCheckerTest, AsksForAVersionAndA64BitArchitecture)
         EXPECT_TRUE(suits(release, feature)) << version;
         EXPECT_FALSE(suits(release, feature + 1)) << version;
     }
-    for (const char* none : {"\"9\"", "9", "\"", "1.", "17u.0", "4294967313"}) {
+    for (const char* none : {"\"9\"", "9", "\"", "1.", "17u.0", "4294967313", "１７"}) {
         EXPECT_FALSE(suits("OS_ARCH=amd64\nJAVA_VERSION=" + std::string(none), 8)) << none;
     }
     for (const char* release :
@@ -45,12 +44,6 @@ TEST_F(ReleaseFileJavaCheckerTest, AnswersNoWhereThereIsNoReleaseFileToRead)
     dir_.write("file", "");
     EXPECT_FALSE(checker_.check(dir_.wide("file"), 8));
     EXPECT_NE(log_.lines().at(0).find(L"(20) Not a directory"), std::wstring::npos);
-}
-
-TEST(TextLinesTest, EveryKindOfLineEndEndsALineAndEmptyLinesAreDropped)
-{
-    EXPECT_EQ(splitLines("\na\r\n\r\n \rб\n\nlast"), (Texts{L"a", L" ", L"б", L"last"}));
-    EXPECT_EQ(splitLines(""), Texts{});
 }
 
 }  // namespace

@@ -110,7 +110,9 @@ TEST_F(StopRequestClientTest, FindsNobodyBehindAnIdThatIsNoOtherProcess)
 
 TEST_F(StopRequestClientTest, AStartDeletesAPidFileThatNamesNoOtherRunningProcess)
 {
-    for (const std::string& content : {std::to_string(getpid()), std::string("0")}) {
+    for (const std::string& content :
+         {std::to_string(getpid()), std::string("0"), std::string("999999999"), std::string(),
+          std::string("12\n")}) {
         dir_.write("pid", content);
         StopRequestClient::checkClientLauncherIsNotRunning(dir_.wide("pid"));
         EXPECT_FALSE(std::filesystem::exists(dir_ / "pid")) << content;

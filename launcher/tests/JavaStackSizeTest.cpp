@@ -1,24 +1,10 @@
-#include "JavaVersion.h"
+#include "JavaStackSize.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "JavaStackSize.h"
-
 namespace {
-
-TEST(JavaVersionTest, TellsTheFeatureVersionOfAVersionProperty)
-{
-    for (const auto& [property, version] :
-         {std::pair(L"1.8.0_292", 8), {L"1-8", 8}, {L"21-ea", 21}}) {
-        EXPECT_EQ(parseJavaVersion(property), version);
-    }
-    // Also one that is a single character.
-    for (const wchar_t* property : {L"9", L"1.", L"17a.1", L"99999999999", L"１７"}) {
-        EXPECT_EQ(parseJavaVersion(property), std::nullopt);
-    }
-}
 
 TEST(JavaStackSizeTest, FollowsTheLastOptionThatNamesASize)
 {
