@@ -14,15 +14,18 @@ TEST_F(CodeBaseOptionsTest, ResolvesMasksFilesAndDirectories)
          {"lib/app.jar", "lib/myapp.jar", "lib/app-jar.txt", "lib/sub/deep.jar", "имя.jar"}) {
         dir_.write(name, "");
     }
+    std::filesystem::create_symlink("../lib", dir_ / "lib/link.jar");  // lists as a file
+    std::filesystem::create_symlink("none", dir_ / "lib/dangling");
     std::filesystem::current_path(dir_.path());
     const std::pair<std::wstring, std::set<std::wstring>> cases[] = {
         {L"", {}},
-        {L"lib", {L"lib/app-jar.txt", L"lib/app.jar", L"lib/myapp.jar"}},
+        {L"lib",
+         {L"lib/app-jar.txt", L"lib/app.jar", L"lib/dangling", L"lib/link.jar", L"lib/myapp.jar"}},
+        {L"lib/d*g:?.jar", {L"lib/dangling"}},
         // Unanchored, and '.' stands for any character.
         {L"lib\\app.jar", {L"lib/app-jar.txt", L"lib/app.jar", L"lib/myapp.jar"}},
         {L"*.jar", {L"имя.jar"}},
-        {at(L":@/lib/:lib/none.jar::lib/no/*:*r$"),
-         {L"lib/app-jar.txt", L"lib/app.jar", L"lib/myapp.jar", L"имя.jar"}},
+        {at(L":@/lib/sub/:lib/none.jar::lib/no/*:*r$"), {L"lib/sub/deep.jar", L"имя.jar"}},
     };
     for (const auto& [pathList, names] : cases) {
         std::wistringstream stream(resolveWildcards(pathList));

@@ -25,21 +25,16 @@ protected:
     /// further `entries`.
     void configure(const std::string& start, const std::string& entries = "") const
     {
-        dir.write("bin/launcher.yml",
-                  "launcher-parameters:\n"
-                  "  service-name: hello\n"
-                  "  class-path: " SERVICE_JAR
-                  "\n"
-                  "  main-class: service.Service\n"
-                  "  pid-file: ${instance.root}/service.pid\n"
-                  "  log-file: ${launcher.dir}/../launcher.log\n"
-                  "  jvm-opts:\n"
-                  "  - -XX:-UsePerfData\n"
-                  "  - -Dstart=" +
-                      start +
-                      "\n"
-                      "  - -Dstop=release\n" +
-                      entries);
+        dir.write("bin/launcher.yml", R"(launcher-parameters:
+  service-name: hello
+  class-path: )" SERVICE_JAR R"(
+  main-class: service.Service
+  pid-file: ${instance.root}/service.pid
+  log-file: ${launcher.dir}/../launcher.log
+  jvm-opts:
+  - -XX:-UsePerfData
+  - -Dstop=release
+  - -Dstart=)" + start + "\n" + entries);
     }
 };
 
@@ -52,16 +47,16 @@ FOR_EACH_JDK(ConfigurationE2eTest);
 
 TEST_P(ConfigurationE2eTest, RunsAServiceFromTheFileAlone)
 {
-    configure("report,ready,wait", "  java-home: " + javaHome +
-                                       "\n"
-                                       "  work-dir: ${instance.root}/work\n"
-                                       "  main-class-args:\n"
-                                       "  - имя и ${launcher.arch}\n"
-                                       "  - --daemon\n"
-                                       "  minimal-java-version: 17\n"
-                                       "  banner:\n"
-                                       "    default: Hello runs\n"
-                                       "    ru: Служба работает\n");
+    configure("report,ready,wait", "  java-home: " + javaHome + R"(
+  work-dir: ${instance.root}/work
+  main-class-args:
+  - имя и ${launcher.arch}
+  - --daemon
+  minimal-java-version: 17
+  banner:
+    default: Hello runs
+    ru: Служба работает
+)");
     std::filesystem::create_directory(dir / "work");
     const LauncherProcess service = startInstance().start();
     ASSERT_TRUE(waitUntil([this] { return exists("work/ready"); }));

@@ -1,7 +1,5 @@
 #include "LinuxFileUtils.h"
 
-#include <set>
-
 #include "FileContent.h"
 #include "UnitTest.h"
 
@@ -89,26 +87,6 @@ TEST_F(LinuxFileUtilsTest, NamesTheFileThatItCannotUse)
     if (!fs::exists(online)) GTEST_SKIP() << "no file that holds less than its size";
     EXPECT_EQ(raised([&] { return files_.readFile(online); }),
               L"20 Cannot read file '" + online + L"'. Error: (61) No data available");
-}
-
-TEST_F(LinuxFileUtilsTest, ListsFilesWhoseNameHoldsAMatch)
-{
-    for (const char* const name : {"lib.jar", "x.jarfile", "ajar", "sub.jar/in.jar"})
-        dir_.write(name, "");
-    fs::create_symlink("sub.jar", "dir.jar");
-    using Names = std::set<std::wstring>;
-    const auto names = [&](const std::wstring& directory, const std::wstring& mask) {
-        Names found;
-        for (const std::wstring& path : files_.listFiles(directory, mask))
-            found.insert(fs::path(path).lexically_relative(dir_.path()).wstring());
-        return found;
-    };
-    EXPECT_EQ(names(L"sub.jar\\..", L"*.jar"),
-              Names({L"lib.jar", L"x.jarfile", L"ajar", L"dir.jar"}));
-    EXPECT_EQ(names(dir_.wide() + L"/", L"d*g"), Names{L"dangling"});
-    EXPECT_EQ(names(L".", L"").size(), 6u);
-    EXPECT_EQ(names(L".", L"?.jar"), Names{});
-    EXPECT_EQ(names(L"none", L""), Names{});
 }
 
 }  // namespace
