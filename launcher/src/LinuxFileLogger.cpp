@@ -1,5 +1,6 @@
 #include "LinuxFileLogger.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -26,6 +27,7 @@
 namespace {
 
 constexpr std::int64_t kForever = -1;
+constexpr int kMaxLostRaces = 100;
 
 // Serialises writing, flushing and closing for all loggers of the process.
 std::timed_mutex logMutex;
@@ -65,6 +67,7 @@ std::optional<std::int64_t> rotationNumber(const std::string& name, std::string_
 /// What the log's directory holds of it.
 struct RotationState {
     bool logExists = false;
+    bool logWasSeen = false;  ///< itself, not what only counts as it
     std::int64_t highestNumber = 0;
 };
 
@@ -79,6 +82,7 @@ RotationState readRotationState(const std::wstring& path, const std::string& dir
         if (!number) continue;
         // 0 counts as the log itself, also for a bare "log." (required).
         if (*number == 0) state.logExists = true;
+        if (*name == baseName) state.logWasSeen = true;
         // A number without a successor does not fit and is ignored.
         const bool fits = *number < std::numeric_limits<std::int64_t>::max();
         if (fits && *number > state.highestNumber) state.highestNumber = *number;
@@ -87,12 +91,21 @@ RotationState readRotationState(const std::wstring& path, const std::string& dir
     return state;
 }
 
-void rotate(const std::wstring& path, const std::string& bytePath, std::int64_t number)
+/// Renames the log to the next number. False when another launcher, started at
+/// the same time, has just taken the number or renamed the log.
+bool tryRotate(const std::wstring& path, const std::string& bytePath, const RotationState& state,
+               bool mayReplace)
 {
     std::array<char, 4096> target{};
-    const int length =
-        std::snprintf(target.data(), target.size(), "%s.%ld", bytePath.c_str(), number);
-    if (length >= 1 && std::rename(bytePath.c_str(), target.data()) == 0) return;
+    const int length = std::snprintf(target.data(), target.size(), "%s.%ld", bytePath.c_str(),
+                                     state.highestNumber + 1);
+    if (length >= 1) {
+        const unsigned flags = mayReplace ? 0 : RENAME_NOREPLACE;
+        if (renameat2(AT_FDCWD, bytePath.c_str(), AT_FDCWD, target.data(), flags) == 0) return true;
+        if (errno == EEXIST || (errno == ENOENT && state.logWasSeen)) return false;
+        // Not every file system can refuse to replace.
+        if (errno == EINVAL && !mayReplace) return tryRotate(path, bytePath, state, true);
+    }
     const std::wstring error = lastErrorText();
     throw LauncherException(exit_code::kLogFile, formatMessage(IDS_CANNOT_ROTATE_LOG, path,
                                                                toWide(target.data()), error));
@@ -106,11 +119,14 @@ void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
     const std::string directory = bare ? "." : bytePath.substr(0, separator == 0 ? 1 : separator);
     const std::string baseName = bare ? bytePath : bytePath.substr(separator + 1);
 
-    const RotationState state = readRotationState(path, directory, baseName);
     // A directory is no old log: opening it fails, and it stays where it is.
     const bool isLog =
         !isSpecialFile(bytePath) && !getOsUtilsFactory().getFileUtils().isDirectory(path);
-    if (state.logExists && isLog) rotate(path, bytePath, state.highestNumber + 1);
+    for (int tries = 0; tries <= kMaxLostRaces; ++tries) {
+        const RotationState state = readRotationState(path, directory, baseName);
+        if (!state.logExists || !isLog) return;
+        if (tryRotate(path, bytePath, state, tries == kMaxLostRaces)) return;
+    }
 }
 
 std::wstring_view lastComponent(std::wstring_view path)

@@ -27,6 +27,7 @@
 namespace {
 
 constexpr std::int64_t kMaximalFileSize = 10'485'760;
+constexpr int kMaxTouches = 100;
 constexpr std::size_t kElfIdentSize = 16;
 constexpr std::size_t kElfClassIndex = 4;
 
@@ -114,8 +115,15 @@ void LinuxFileUtils::createParentDirectories(const std::wstring& path) const
 
 std::wstring LinuxFileUtils::touchFile(const std::wstring& path) const
 {
-    if (!openFile(toUtf8(path), "a")) raiseReadError(path);
-    return getAbsolutePath(path);
+    const std::string bytePath = toUtf8(path);
+    for (int tries = 0; tries < kMaxTouches; ++tries) {
+        if (!openFile(bytePath, "a")) raiseReadError(path);
+        if (const std::optional<std::string> resolved = resolvePath(bytePath)) {
+            return toWide(*resolved);
+        }
+        if (errno != ENOENT) break;  // else a log: another launcher has renamed it just now
+    }
+    raiseError(IDS_UNABLE_TO_CONVERT_PATH_TO_ABS, path);
 }
 
 std::wstring LinuxFileUtils::getAbsolutePath(const std::wstring& path) const
