@@ -53,6 +53,17 @@ FileHandle openForReading(const std::wstring& path)
     return file;
 }
 
+/// Creates or truncates a file. A pipe that nobody reads is a failure, see
+/// fifo(7): waiting for a reader may take for ever.
+FileHandle openForWriting(const std::wstring& path)
+{
+    const int descriptor =
+        open(toUtf8(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
+    FileHandle file(descriptor < 0 ? nullptr : fdopen(descriptor, "w"));
+    if (!file) raiseError(IDS_FILE_WRITE_ERROR, path);
+    return file;
+}
+
 /// realpath(3) of a path; nothing, with errno, when it fails.
 std::optional<std::string> resolvePath(const std::string& path)
 {
@@ -204,8 +215,7 @@ std::shared_ptr<FileContent> LinuxFileUtils::readFile(const std::wstring& path) 
 
 void LinuxFileUtils::writeFile(const void* data, std::uint32_t size, const std::wstring& path) const
 {
-    FileHandle file = openFile(toUtf8(path), "w");
-    if (!file) raiseError(IDS_FILE_WRITE_ERROR, path);
+    FileHandle file = openForWriting(path);
     // A full disk shows when the buffer is written.
     if (fwrite(data, 1, size, file.get()) != size || fflush(file.get()) != 0 ||
         fclose(file.release()) != 0) {

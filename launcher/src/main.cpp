@@ -29,6 +29,7 @@
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "OutputSignals.h"
 #include "ReleaseFileJavaChecker.h"
 #include "ServiceInstanceParameters.h"
 #include "SimpleOptional.h"
@@ -168,6 +169,7 @@ int runMode(const LauncherCliArgs& cliArgs, const Arguments& arguments,
 int main(int argc, char** argv)
 {
     openClosedStandardDescriptors();
+    ignoreOutputSignals();
     IOsUtilsFactory& factory = getOsUtilsFactory();
     const std::wstring launchTime = factory.getSystemUtils().getCurrentTimeText();
     // Never destroyed: a thread of the JVM may ask for a text while main returns.

@@ -22,11 +22,14 @@ TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
     EXPECT_EQ(log_.lines(), Texts{at(L"INFO PidFile.save: PID saved path=@/pid")});
     EXPECT_EQ(raised([] { PidFile().save(L"/dev/null/pid"); }),
               L"3 Cannot write file '/dev/null/pid'. Error: (20) Not a directory");
+    ASSERT_EQ(mkfifo((dir_ / "pipe").c_str(), 0600), 0);  // that nobody reads
+    EXPECT_EQ(raised([this] { PidFile().save(dir_.wide("pipe")); }),
+              at(L"3 Cannot write file '@/pipe'. Error: (6) No such device or address"));
 }
 
 TEST_F(PidFileTest, LeavesNoHalfWrittenFileOfItsOwn)
 {
-    dir_.write("older", "1");
+    dir_.write("older", "999999999");
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit full{0, before.rlim_max};
