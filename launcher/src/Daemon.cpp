@@ -38,6 +38,8 @@ constexpr std::uint64_t kStopPollMillis = 100;
 constexpr int kStopPollsPerReport = 100;
 constexpr std::chrono::milliseconds kDrainPatience{1000};
 
+constexpr wchar_t kStopFailed[] = L"Service stop method failed: ";
+
 // Set once the JVM ends the process.
 std::atomic<bool> jvmEndsProcess{false};
 
@@ -225,7 +227,7 @@ Daemon::Outcome Daemon::serveStopEvents(IService& service, ICancellableWait& lis
                     L"stopType", fast ? L"fast stop" : L"simple stop");
             getLogger().flush();
             service.reportStopPending(kWaitHintMillis);
-            outcome.stopMethod = callServiceStopMethodAndWaitForItsFinish(fast);
+            outcome.stopMethod = callServiceStopMethodAndWaitForItsFinish(fast, outcome.exitBase);
             return outcome;
         }
         logInfo({kClass, L"run"}, L"Service stop method not fount.", L"stopFast", fast);
@@ -248,13 +250,13 @@ void Daemon::waitForServiceStartMethodToFinish() const
     logInfo({kClass, L"waitForServiceStartMethodToFinish"}, L"Service start method finished");
 }
 
-std::future<void> Daemon::callServiceStopMethodAndWaitForItsFinish(bool fast)
+std::future<void> Daemon::callServiceStopMethodAndWaitForItsFinish(bool fast,
+                                                                   std::uint32_t exitBase)
 {
     constexpr wchar_t kMethod[] = L"callServiceStopMethodAndWaitForItsFinish";
     const wchar_t* const stopType = fast ? L"stopFast" : L"simple stop";
     logInfo({kClass, kMethod}, L"Sending stop signal to Java process", L"stopType", stopType);
-    std::future<void> stopMethod =
-        javaVmManager_->stop(parameters_->getMainClassArguments(), nullptr, fast);
+    std::future<void> stopMethod = spawnStopMethod(fast, exitBase);
     logInfo({kClass, kMethod}, L"Waiting java-stop to complete", L"timeout", L"forever",
             L"stopType", stopType);
     waitForMethod(stopMethod, [&](int seconds) {
@@ -262,6 +264,15 @@ std::future<void> Daemon::callServiceStopMethodAndWaitForItsFinish(bool fast)
     });
     logInfo({kClass, kMethod}, L"Java-stop finished");
     return stopMethod;
+}
+
+std::future<void> Daemon::spawnStopMethod(bool fast, std::uint32_t exitBase)
+{
+    try {
+        return javaVmManager_->stop(parameters_->getMainClassArguments(), nullptr, fast);
+    } catch (const LauncherException& e) {
+        throw LauncherException(exitBase + e.exitCode(), kStopFailed + e.message());
+    }
 }
 
 void Daemon::collectStartMethod(std::uint32_t exitBase) const
@@ -276,13 +287,12 @@ void Daemon::collectStartMethod(std::uint32_t exitBase) const
 
 void Daemon::collectStopMethod(std::future<void>& stopMethod, std::uint32_t exitBase)
 {
-    static constexpr wchar_t kFailed[] = L"Service stop method failed: ";
     try {
         stopMethod.get();
     } catch (const LauncherJavaMethodInvocationException& e) {
-        throw LauncherException(exitBase + exit_code::kStopMethod, kFailed + e.message());
+        throw LauncherException(exitBase + exit_code::kStopMethod, kStopFailed + e.message());
     } catch (const LauncherException& e) {
-        throw LauncherException(exitBase + e.exitCode(), kFailed + e.message());
+        throw LauncherException(exitBase + e.exitCode(), kStopFailed + e.message());
     } catch (const std::exception& e) {
         // The full stop before the colon is part of the text.
         throw LauncherException(exitBase + exit_code::kOperatingSystem,

@@ -52,7 +52,9 @@ private:
     [[nodiscard]] Outcome serveStopEvents(IService& service, ICancellableWait& listener);
     [[nodiscard]] bool isStartMethodFinished() const;
     void waitForServiceStartMethodToFinish() const;
-    [[nodiscard]] std::future<void> callServiceStopMethodAndWaitForItsFinish(bool fast);
+    [[nodiscard]] std::future<void> callServiceStopMethodAndWaitForItsFinish(
+        bool fast, std::uint32_t exitBase);
+    [[nodiscard]] std::future<void> spawnStopMethod(bool fast, std::uint32_t exitBase);
     void collectStartMethod(std::uint32_t exitBase) const;
     static void collectStopMethod(std::future<void>& stopMethod, std::uint32_t exitBase);
 
