@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "CodeBaseOptions.h"
+#include "FileLock.h"
 #include "IConsole.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
@@ -114,7 +115,10 @@ Daemon::Daemon(std::shared_ptr<const LauncherParameters> parameters, IConsole& c
 
 Daemon::~Daemon()
 {
-    pidFile_->remove(savedPidFile_);
+    {
+        const FileLock lock(savedPidFile_, FileLock::Missing::Leave);
+        pidFile_->remove(savedPidFile_);
+    }
     startMethod_ = {};
     pidFile_.reset();
     javaVmManager_.reset();

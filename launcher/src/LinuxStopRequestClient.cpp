@@ -15,27 +15,11 @@ namespace {
 
 constexpr wchar_t kClass[] = L"LinuxStopRequestClient";
 
-/// Delivers `signal`; 0 or the errno of the failure.
-int queueSignal(pid_t pid, int signal)
-{
-    const sigval value{};
-    while (sigqueue(pid, signal, value) != 0) {
-        if (errno != EINTR && errno != EAGAIN) return errno;
-    }
-    return 0;
-}
-
 }  // namespace
 
 bool LinuxStopRequestClient::isProcessRunning() const
 {
-    try {
-        return getOsUtilsFactory().getFileUtils().fileExists(procPath(L"status"));
-    } catch (const LauncherException&) {
-        // The look met the last moment of the process, or /proc hides what is
-        // inside: the null signal tells.
-        return pid() > 0 && (kill(pid(), 0) == 0 || errno == EPERM);
-    }
+    return process_.isRunning();
 }
 
 std::vector<std::wstring> LinuxStopRequestClient::getCommandLine() const
@@ -59,7 +43,7 @@ StopRequestClient::Result LinuxStopRequestClient::sendStopSignal(bool fast)
     const std::int32_t ownPid = getOsUtilsFactory().getProcessUtils().getCurrentProcessId();
     if (pid() <= 0 || pid() == ownPid) return Result::NotFound;
 
-    switch (queueSignal(pid(), fast ? SIGUSR2 : SIGUSR1)) {
+    switch (process_.queueSignal(fast ? SIGUSR2 : SIGUSR1)) {
         case 0:
             return Result::Stopped;
         case ESRCH:
@@ -73,7 +57,7 @@ StopRequestClient::Result LinuxStopRequestClient::sendStopSignal(bool fast)
 
 StopRequestClient::Result LinuxStopRequestClient::terminateProcess()
 {
-    const bool killed = pid() > 0 && kill(pid(), SIGKILL) == 0;
+    const bool killed = process_.sendSignal(SIGKILL) == 0;
     logInfo({kClass, L"terminateProcess"}, L"Terminate process", L"result",
             killed ? L"success" : L"error");
     return killed ? Result::Killed : Result::StillRunning;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "FileContent.h"
+#include "FileLock.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
@@ -12,6 +13,7 @@
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "ProcessHandle.h"
 #include "SpecialFile.h"
 #include "TextConversion.h"
 
@@ -29,6 +31,7 @@ std::wstring textOfError(int error)
 /// Deletes what was written of a file, if anything was.
 void discard(const std::wstring& path)
 {
+    if (isSpecialFile(toUtf8(path))) return;
     try {
         getOsUtilsFactory().getFileUtils().deleteFile(path);
     } catch (const LauncherException&) {
@@ -53,6 +56,11 @@ void PidFile::save(const std::wstring& path) const
     IOsUtilsFactory& os = getOsUtilsFactory();
     const std::string pid = std::to_string(os.getProcessUtils().getCurrentProcessId());
     const bool isOurs = !mayExist(path);
+    const FileLock lock(path, FileLock::Missing::Create);
+    if (runningOwner(path)) {  // started at the same time, and was faster
+        throw LauncherException(exit_code::kPidFile,
+                                getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
+    }
     try {
         os.getFileUtils().writeFile(pid.data(), static_cast<std::uint32_t>(pid.size()), path);
     } catch (const LauncherException& e) {
@@ -118,4 +126,17 @@ std::int32_t PidFile::read(const std::wstring& path, std::wostream& errorStream)
         return -1;
     }
     return static_cast<std::int32_t>(pid);
+}
+
+std::optional<std::int32_t> PidFile::runningOwner(const std::wstring& path) const
+{
+    if (isSpecialFile(toUtf8(path))) return std::nullopt;
+    std::wostringstream reason;
+    try {
+        const std::int32_t pid = read(path, reason);
+        if (isOtherProcessRunning(pid)) return pid;
+    } catch (const LauncherException&) {
+        // One that cannot be read tells of nobody.
+    }
+    return std::nullopt;
 }

@@ -1,5 +1,7 @@
 // PidFile: the file in which a running launcher keeps its process id, in
-// decimal digits and nothing else. Stateless; paths are wide text.
+// decimal digits and nothing else. Stateless; paths are wide text. Who deletes
+// a file for what is in it holds a FileLock on it from the look on: another
+// launcher may be about to write its own.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +14,10 @@ public:
     /// False only when there certainly is no such file.
     [[nodiscard]] bool mayExist(const std::wstring& path) const;
 
-    /// Writes the current process id; nothing for an empty path. Throws
-    /// LauncherException (code 3) with the text of the failed operation, and
-    /// then leaves no file where there was none.
+    /// Writes the current process id, under a lock of the file; nothing for an
+    /// empty path. Throws LauncherException (code 3): for a file that names
+    /// another running process IDS_PIDFILE_EXISTS_PROCESS_RUNNING, else the text
+    /// of the failed operation. Leaves no file then where there was none.
     void save(const std::wstring& path) const;
 
     /// Deletes the file. Never throws a LauncherException: gives the system's
@@ -27,4 +30,8 @@ public:
     /// reason written to `errorStream`. Throws LauncherException for an empty
     /// path (code 21) and when the file cannot be read (code 20).
     [[nodiscard]] std::int32_t read(const std::wstring& path, std::wostream& errorStream) const;
+
+    /// The process id in the file when another process with it runs; nothing
+    /// for any other content and for a file that cannot be read.
+    [[nodiscard]] std::optional<std::int32_t> runningOwner(const std::wstring& path) const;
 };

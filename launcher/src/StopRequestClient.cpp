@@ -5,16 +5,17 @@
 #include <optional>
 #include <sstream>
 
+#include "FileLock.h"
 #include "IConsole.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
 #include "LauncherException.h"
-#include "LinuxStopRequestClient.h"
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
 #include "PidFile.h"
+#include "ProcessHandle.h"
 #include "SpecialFile.h"
 #include "TextConversion.h"
 
@@ -122,12 +123,23 @@ std::wstring getPidFilePath(const StopRequestClient& client)
     return path;
 }
 
-Cleanup cleanupPidFileAfterClientShutdown(const std::wstring& path)
+/// Whether the process has ended, in order, since its id was read from its PID
+/// file: the id may be another process's by now.
+bool hasWithdrawn(const std::wstring& pidFilePath)
+{
+    return !pidFilePath.empty() && !PidFile().mayExist(pidFilePath);
+}
+
+/// `pid` is that of the launcher that was killed. Another one may have started
+/// since and have the file now.
+Cleanup cleanupPidFileAfterClientShutdown(const std::wstring& path, std::int32_t pid)
 {
     constexpr wchar_t kMethod[] = L"cleanupPidFileAfterClientShutdown";
     const IFileUtils& files = getOsUtilsFactory().getFileUtils();
+    const FileLock lock(path, FileLock::Missing::Leave);
     try {
-        if (!files.fileExists(path)) {
+        if (lock.foundNoFile() || !files.fileExists(path) ||
+            PidFile().runningOwner(path).value_or(pid) != pid) {
             logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
                     L"pidFilePath", path);
             return Cleanup::NotAccessible;
@@ -151,10 +163,10 @@ Cleanup cleanupPidFileAfterClientShutdown(const std::wstring& path)
 }
 
 /// What is told about the PID file of a launcher that was killed.
-std::wstring cleanUpAndDescribe(const std::wstring& pidFilePath)
+std::wstring cleanUpAndDescribe(const std::wstring& pidFilePath, std::int32_t pid)
 {
     if (pidFilePath.empty()) return {};
-    switch (cleanupPidFileAfterClientShutdown(pidFilePath)) {
+    switch (cleanupPidFileAfterClientShutdown(pidFilePath, pid)) {
         case Cleanup::Removed:
             return getMessage(IDS_PIDFILE_WAS_REMOVED);
         case Cleanup::Failed:
@@ -182,13 +194,6 @@ std::optional<std::int32_t> readOldPidFile(const std::wstring& path)
     return std::nullopt;
 }
 
-/// This process is no other one: containers restart with the same small ids.
-bool isOtherProcessRunning(std::int32_t pid)
-{
-    if (pid == getOsUtilsFactory().getProcessUtils().getCurrentProcessId()) return false;
-    return LinuxStopRequestClient(pid).isProcessRunning();
-}
-
 }  // namespace
 
 int StopRequestClient::stop(const std::wstring& pidFilePath,
@@ -197,7 +202,7 @@ int StopRequestClient::stop(const std::wstring& pidFilePath,
 {
     // To be asked while the process still is there.
     const std::wstring pidFile = pidFilePath.empty() ? getPidFilePath(*this) : pidFilePath;
-    switch (askToStop(*this, timeoutMillis, fast)) {
+    switch (hasWithdrawn(pidFilePath) ? Result::NotFound : askToStop(*this, timeoutMillis, fast)) {
         case Result::NotFound:
             console.writeErrorLine(formatMessage(IDS_LAUNCHER_NOT_FOUND_NOTHING_STOPPED, pid_));
             return kExitNotFound;
@@ -209,7 +214,7 @@ int StopRequestClient::stop(const std::wstring& pidFilePath,
             return kExitStillRunning;
         case Result::Killed:
             console.writeErrorLine(formatMessage(IDS_LAUNCHER_KILLED, pid_) +
-                                   cleanUpAndDescribe(pidFile));
+                                   cleanUpAndDescribe(pidFile, pid_));
             return kExitStopped;
         case Result::NotPermitted:
             console.writeErrorLine(formatMessage(IDS_LAUNCHER_SIGNAL_PERM_ERROR, pid_));
@@ -223,7 +228,8 @@ void StopRequestClient::checkClientLauncherIsNotRunning(const std::wstring& pidF
     constexpr wchar_t kMethod[] = L"checkClientLauncherIsNotRunning";
     if (pidFilePath.empty()) return;
     logInfo({kClass, kMethod}, L"Checking prerequisites before start", L"pidFilePath", pidFilePath);
-    if (!PidFile().mayExist(pidFilePath)) {
+    const FileLock lock(pidFilePath, FileLock::Missing::Leave);
+    if (lock.foundNoFile() || !PidFile().mayExist(pidFilePath)) {
         logInfo({kClass, kMethod}, L"Old PID-file is absent");
         return;
     }

@@ -53,17 +53,18 @@ TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
 {
     const std::wstring removed = L" and its PID-file was removed";
     const std::wstring failed = L" but its PID-file was not removed";
-    dir_.write("joined", "1");
-    dir_.write("given", "1");
+    dir_.write("joined", "7");
+    dir_.write("given", "7");
     dir_.write("below-the-target", "7");
     dir_.write("of-another", "8");
+    dir_.write("of-a-later-one", "1");
     const std::tuple<std::wstring, std::wstring, std::wstring> cases[] = {
         {L"--quiet --pidfile=@/joined", L"", removed},
         {L"--pidfile below-the-target", L"", removed},
         {L"--pidfile of-another", L"", L""},
         {L"--pidfile below-us", L"", removed},  // the target left the directory
         {L"--pidfile", L"", L""},
-        {L"", L"@/missing", L""},
+        {L"", L"@/of-a-later-one", L""},
         {L"", L"@/given/pid", failed},
         {L"--pidfile /dev/null", L"", failed},
         {L"--pidfile /other", L"@/given", removed},
@@ -81,6 +82,7 @@ TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
     }
     std::filesystem::current_path(before);
     EXPECT_TRUE(std::filesystem::remove(dir_ / "of-another"));
+    EXPECT_TRUE(std::filesystem::remove(dir_ / "of-a-later-one"));
     EXPECT_TRUE(std::filesystem::remove(dir_ / "client"));
     EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
 }
@@ -106,6 +108,12 @@ TEST_F(StopRequestClientTest, FindsNobodyBehindAnIdThatIsNoOtherProcess)
     }
     EXPECT_EQ(LinuxStopRequestClient(0).terminateProcess(), Result::StillRunning);
     EXPECT_EQ(LinuxStopRequestClient(-1).terminateProcess(), Result::StillRunning);
+}
+
+TEST_F(StopRequestClientTest, FindsNobodyWhenThePidFileWasRemovedMeanwhile)
+{
+    EXPECT_EQ(stop(Target(0), Timeout(), dir_.wide("missing")),
+              L"11 Launcher with PID=7 not found, nothing was stopped\n");
 }
 
 TEST_F(StopRequestClientTest, AStartDeletesAPidFileThatNamesNoOtherRunningProcess)

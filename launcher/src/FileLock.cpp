@@ -1,0 +1,71 @@
+#include "FileLock.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+#include "SpecialFile.h"
+#include "TextConversion.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kPatience{2};  ///< others hold it for a moment only
+constexpr std::chrono::milliseconds kRetryStep{1};
+constexpr mode_t kMode = 0666;
+
+enum class Attempt { Locked, Busy, Impossible };
+
+FileDescriptor openFile(const std::string& path, FileLock::Missing missing)
+{
+    const int creation = missing == FileLock::Missing::Create ? O_CREAT : 0;
+    return FileDescriptor(
+        open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | creation, kMode));
+}
+
+/// A lock of the open file, which no close() of another descriptor ends, and
+/// which does not meet the locks of flock(1), in which scripts wrap a start:
+/// see "Open file description locks" in fcntl(2).
+Attempt tryLock(const FileDescriptor& file)
+{
+    struct flock whole {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    if (fcntl(file.get(), F_OFD_SETLK, &whole) == 0) return Attempt::Locked;
+    const bool busy = errno == EAGAIN || errno == EACCES || errno == EINTR;
+    return busy ? Attempt::Busy : Attempt::Impossible;
+}
+
+/// Whether the open file still is the one at `path`: the holder before may
+/// have deleted it.
+bool isAt(const std::string& path, const FileDescriptor& file)
+{
+    struct stat opened {};
+    struct stat named {};
+    return fstat(file.get(), &opened) == 0 && stat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+}  // namespace
+
+FileLock::FileLock(const std::wstring& path, Missing missing)
+{
+    const std::string bytePath = toUtf8(path);
+    if (isSpecialFile(bytePath)) return;
+    const Clock::time_point deadline = Clock::now() + kPatience;
+    while (Clock::now() < deadline) {
+        file_ = openFile(bytePath, missing);
+        if (!file_.isOpen()) {
+            foundNoFile_ = errno == ENOENT;
+            return;
+        }
+        const Attempt attempt = tryLock(file_);
+        const bool isHeld = attempt == Attempt::Locked && isAt(bytePath, file_);
+        if (isHeld || attempt == Attempt::Impossible) return;
+        if (attempt == Attempt::Busy) std::this_thread::sleep_for(kRetryStep);
+    }
+}

@@ -1,0 +1,101 @@
+#include "ProcessHandle.h"
+
+#include <signal.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <sstream>
+
+#include "FileHandle.h"
+#include "IFileUtils.h"
+#include "IOsUtilsFactory.h"
+#include "LauncherException.h"
+
+namespace {
+
+/// Field 22 of /proc/<pid>/stat, see proc(5); empty when it cannot be read.
+std::string readStartTime(pid_t pid)
+{
+    constexpr int kFieldsBehindName = 22 - 2;
+    const FileHandle file = openFile("/proc/" + std::to_string(pid) + "/stat", "r");
+    std::array<char, 1024> line{};
+    if (!file || !fgets(line.data(), static_cast<int>(line.size()), file.get())) return {};
+    std::string text = line.data();
+    text.erase(0, text.rfind(')') + 1);  // the name may hold blanks and brackets
+    std::istringstream fields(text);
+    std::string field;
+    for (int i = 0; i < kFieldsBehindName; ++i) fields >> field;
+    return field;
+}
+
+/// What sigqueue(3) tells the receiver.
+siginfo_t queuedInfo(int signal)
+{
+    siginfo_t info{};
+    info.si_signo = signal;
+    info.si_code = SI_QUEUE;
+    info.si_pid = getpid();
+    info.si_uid = getuid();
+    return info;
+}
+
+}  // namespace
+
+ProcessHandle::ProcessHandle(std::int32_t pid) : pid_(pid), reachesNone_(pid <= 0)
+{
+    if (reachesNone_) return;
+    // By number: the C library's functions for it are younger than the kernel's.
+    descriptor_ = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+    if (descriptor_.isOpen()) return;
+    reachesNone_ = errno == ESRCH;
+    startTime_ = readStartTime(pid);
+}
+
+bool ProcessHandle::isRunning() const
+{
+    if (sendSignal(0) == ESRCH) return false;
+    try {
+        return getOsUtilsFactory().getFileUtils().fileExists(L"/proc/" + std::to_wstring(pid_) +
+                                                             L"/status");
+    } catch (const LauncherException&) {
+        // The look met the last moment of the process, or /proc hides what is
+        // inside: the null signal tells.
+        return sendSignal(0) != ESRCH;
+    }
+}
+
+int ProcessHandle::queueSignal(int signal) const
+{
+    int error = send(signal, true);
+    while (error == EINTR) error = send(signal, true);
+    // The receiver's queue is full: a signal of kill(2) takes no place in it.
+    return error == EAGAIN ? sendSignal(signal) : error;
+}
+
+int ProcessHandle::sendSignal(int signal) const
+{
+    return send(signal, false);
+}
+
+int ProcessHandle::send(int signal, bool queued) const
+{
+    if (reachesNone_) return ESRCH;
+    siginfo_t info = queuedInfo(signal);
+    long result = 0;
+    if (descriptor_.isOpen()) {
+        result =
+            syscall(SYS_pidfd_send_signal, descriptor_.get(), signal, queued ? &info : nullptr, 0);
+    } else if (!startTime_.empty() && readStartTime(pid_) != startTime_) {
+        return ESRCH;
+    } else {
+        result = queued ? sigqueue(pid_, signal, sigval{}) : kill(pid_, signal);
+    }
+    return result == 0 ? 0 : errno;
+}
+
+bool isOtherProcessRunning(std::int32_t pid)
+{
+    return pid != getpid() && ProcessHandle(pid).isRunning();
+}

@@ -1,0 +1,84 @@
+#include "ProcessHandle.h"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+
+#include "ChildProcesses.h"
+
+namespace {
+
+constexpr int kNoRights = 77;
+
+/// A child that waits to be killed; 0 when it cannot be had.
+pid_t startVictim()
+{
+    const pid_t pid = fork();
+    if (pid == 0) {
+        for (;;) pause();
+    }
+    return pid;
+}
+
+/// Whether `handle` reaches a process.
+bool reaches(const ProcessHandle& handle)
+{
+    return handle.isRunning() && handle.sendSignal(0) == 0 && handle.queueSignal(0) == 0;
+}
+
+/// The first process of a namespace of ids, where the next one can be chosen.
+int reuseAnId()
+{
+    if (mount("proc", "/proc", "proc", 0, nullptr) != 0) return kNoRights;
+    const pid_t first = startVictim();
+    const ProcessHandle handle(first);
+    const bool reachedFirst = reaches(handle);
+    kill(first, SIGKILL);
+    const bool reachedZombie =
+        waitid(P_PID, static_cast<id_t>(first), nullptr, WEXITED | WNOWAIT) == 0 &&
+        handle.isRunning();
+    waitpid(first, nullptr, 0);
+    std::ofstream("/proc/sys/kernel/ns_last_pid") << first - 1 << std::flush;
+    const pid_t second = startVictim();
+    if (second != first) return kNoRights;
+    const bool reachedSecond = handle.isRunning() || handle.sendSignal(SIGKILL) != ESRCH ||
+                               handle.queueSignal(SIGKILL) != ESRCH;
+    return reachedFirst && reachedZombie && !reachedSecond && reaches(ProcessHandle(second)) ? 0
+                                                                                             : 1;
+}
+
+TEST(ProcessHandleTest, NeverReachesALaterProcessWithTheSameId)
+{
+    const pid_t outer = fork();
+    if (outer == 0) {
+        const bool apart = unshare(CLONE_NEWPID | CLONE_NEWNS) == 0 &&
+                           mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+        if (!apart) _exit(kNoRights);
+        const pid_t inner = fork();
+        if (inner == 0) _exit(reuseAnId());
+        int status = 0;
+        waitpid(inner, &status, 0);
+        _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 1);
+    }
+    const int status = ChildProcesses::waitForExit(outer);
+    if (status == kNoRights) GTEST_SKIP() << "needs the right to make namespaces";
+    EXPECT_EQ(status, 0);
+}
+
+TEST(ProcessHandleTest, ReachesNobodyBehindAnIdThatNoProcessHas)
+{
+    for (const std::int32_t pid : {0, -1, -42, 999'999'999}) {
+        EXPECT_FALSE(ProcessHandle(pid).isRunning());
+        EXPECT_EQ(ProcessHandle(pid).sendSignal(SIGKILL), ESRCH);
+        EXPECT_EQ(ProcessHandle(pid).queueSignal(SIGKILL), ESRCH);
+    }
+    EXPECT_TRUE(isOtherProcessRunning(1));
+    EXPECT_FALSE(isOtherProcessRunning(getpid()));
+}
+
+}  // namespace
