@@ -115,10 +115,7 @@ Daemon::Daemon(std::shared_ptr<const LauncherParameters> parameters, IConsole& c
 
 Daemon::~Daemon()
 {
-    {
-        const FileLock lock(savedPidFile_, FileLock::Missing::Leave);
-        pidFile_->remove(savedPidFile_);
-    }
+    removePidFile();
     startMethod_ = {};
     pidFile_.reset();
     javaVmManager_.reset();
@@ -185,9 +182,20 @@ void Daemon::exceptionHandler(const LauncherException& exception)
 
 void Daemon::savePidFile()
 {
-    const std::wstring path = parameters_->getPidFile();
+    std::wstring path = parameters_->getPidFile();
     pidFile_->save(path);
-    savedPidFile_ = withWorkingDirectory(path);
+    savedPidFile_ = std::move(path);  // whatever fails now, it will be removed
+    savedPidFile_ = withWorkingDirectory(savedPidFile_);
+}
+
+void Daemon::removePidFile() const noexcept
+{
+    try {
+        const FileLock lock(savedPidFile_, FileLock::Missing::Leave);
+        pidFile_->remove(savedPidFile_);
+    } catch (const std::exception&) {
+        // Out of memory, which the run has failed of, too: that is told.
+    }
 }
 
 void Daemon::changeWorkingDirectoryIfNeeded() const

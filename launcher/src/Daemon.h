@@ -47,6 +47,7 @@ private:
     };
 
     void savePidFile();
+    void removePidFile() const noexcept;
     void changeWorkingDirectoryIfNeeded() const;
     void startJava(const IService& service);
     [[nodiscard]] Outcome serveStopEvents(IService& service, ICancellableWait& listener);

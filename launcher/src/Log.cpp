@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <new>
 
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
@@ -23,6 +24,17 @@ NopLogger& nopLogger()
 {
     static NopLogger& logger = *new NopLogger;
     return logger;
+}
+
+std::wstring withNamedValues(std::wstring_view message, std::span<const LogValue> values)
+{
+    std::wstring text(message);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const bool isKey = i % 2 == 0;
+        text += i == 0 ? L" " : isKey ? L", " : L"=";
+        appendQuoted(values[i].text(), text);
+    }
+    return text;
 }
 
 }  // namespace
@@ -73,13 +85,12 @@ ILogger* exchangeLogger(ILogger* logger)
 void writeLogRecord(const std::wstring& level, const LogPlace& place, std::wstring_view message,
                     std::span<const LogValue> values)
 {
-    std::wstring text(message);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const bool isKey = i % 2 == 0;
-        text += i == 0 ? L" " : isKey ? L", " : L"=";
-        appendQuoted(values[i].text(), text);
+    try {
+        // Source file names are ASCII.
+        const std::wstring file(place.file, place.file + std::strlen(place.file));
+        getLogger().log(level, place.className, file.c_str(), place.line, place.func,
+                        withNamedValues(message, values));
+    } catch (const std::bad_alloc&) {
+        // The record is lost; a failing log stops nothing.
     }
-    // Source file names are ASCII.
-    const std::wstring file(place.file, place.file + std::strlen(place.file));
-    getLogger().log(level, place.className, file.c_str(), place.line, place.func, text);
 }
