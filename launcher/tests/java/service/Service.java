@@ -50,6 +50,7 @@ public final class Service {
                 case "wait" -> RELEASED.await();
                 case "release" -> RELEASED.countDown();
                 case "until" -> until(words[1]);
+                case "sleep" -> Thread.sleep(Long.parseLong(words[1]));
                 case "throw" -> fail();
                 case "exit" -> System.exit(Integer.parseInt(words[1]));
                 case "halt" -> Runtime.getRuntime().halt(Integer.parseInt(words[1]));
