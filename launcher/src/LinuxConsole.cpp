@@ -40,12 +40,13 @@ void makeUnbuffered(FILE* stream)
 
 void redirectBoth(const std::wstring& path, std::wstring& errorText)
 {
-    if (!redirect(stdout, path)) {
+    const auto recordError = [&] {
         const std::wstring error = lastErrorText();
         errorText = formatMessage(IDS_2DESTINATIONS_NOT_ACCESSIBLE, kCout, kCerr, path, error);
-    }
+    };
+    if (!redirect(stdout, path)) recordError();
     fflush(stderr);
-    dup2(STDOUT_FILENO, STDERR_FILENO);
+    if (dup2(STDOUT_FILENO, STDERR_FILENO) < 0) recordError();
     makeUnbuffered(stdout);
     makeUnbuffered(stderr);
 }
