@@ -248,8 +248,12 @@ std::vector<std::wstring> LinuxFileUtils::listFiles(const std::wstring& director
         const std::wstring wideFile = toWide(file);
         // Links are not followed: a link to a directory is listed.
         if (isDirectoryItself(file, wideFile)) continue;
-        if (nameMask.matches(*name)) files.push_back(wideFile);
+        if (nameMask.matches(*name)) {
+            files.push_back(wideFile);
+        } else if (errno != 0) {
+            raiseReadError(wideFile);  // the class path would lack it
+        }
     }
-    if (errno != 0) raiseReadError(shownMask);  // the class path would lack files
+    if (errno != 0) raiseReadError(shownMask);  // or these
     return files;
 }

@@ -4,6 +4,12 @@
 
 namespace {
 
+/// regcomp(3) and regexec(3) leave errno alone.
+void setErrno(int error)
+{
+    errno = error == REG_ESPACE ? ENOMEM : EINVAL;
+}
+
 std::string toExpression(const std::string& mask)
 {
     if (mask.empty()) return ".*";
@@ -21,7 +27,7 @@ NameMask::NameMask(const std::string& mask)
 {
     const int error = regcomp(&expression_, toExpression(mask).c_str(), 0);
     valid_ = error == 0;
-    if (!valid_) errno = error == REG_ESPACE ? ENOMEM : EINVAL;  // regcomp(3) leaves it alone
+    if (!valid_) setErrno(error);
 }
 
 NameMask::~NameMask()
@@ -31,5 +37,8 @@ NameMask::~NameMask()
 
 bool NameMask::matches(const std::string& name) const
 {
-    return regexec(&expression_, name.c_str(), 0, nullptr, 0) == 0;
+    const int result = regexec(&expression_, name.c_str(), 0, nullptr, 0);
+    errno = 0;
+    if (result != 0 && result != REG_NOMATCH) setErrno(result);
+    return result == 0;
 }

@@ -18,7 +18,8 @@ public:
 
     /// False when the mask is no regular expression.
     [[nodiscard]] bool isValid() const { return valid_; }
-    /// Requires isValid().
+    /// False with errno 0 for no match, and with errno set on failure. Requires
+    /// isValid().
     [[nodiscard]] bool matches(const std::string& name) const;
 
 private:
