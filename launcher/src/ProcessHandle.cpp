@@ -30,6 +30,15 @@ std::string readStartTime(pid_t pid)
     return field;
 }
 
+/// Whether the number is another process's by now, as far as that can be told: a
+/// start time that cannot be read tells nothing.
+bool hasChangedHands(pid_t pid, const std::string& startTime)
+{
+    if (startTime.empty()) return false;
+    const std::string now = readStartTime(pid);
+    return !now.empty() && now != startTime;
+}
+
 /// What sigqueue(3) tells the receiver.
 siginfo_t queuedInfo(int signal)
 {
@@ -87,7 +96,7 @@ int ProcessHandle::send(int signal, bool queued) const
     if (descriptor_.isOpen()) {
         result =
             syscall(SYS_pidfd_send_signal, descriptor_.get(), signal, queued ? &info : nullptr, 0);
-    } else if (!startTime_.empty() && readStartTime(pid_) != startTime_) {
+    } else if (hasChangedHands(pid_, startTime_)) {
         return ESRCH;
     } else {
         result = queued ? sigqueue(pid_, signal, sigval{}) : kill(pid_, signal);
