@@ -88,18 +88,10 @@ constexpr std::pair<std::string_view, std::string_view> kRequired[] = {
     // What a full disk takes of the log is lost.
     {"fflush", "leaves a malformed log"},
     {"fclose", "leaves a malformed log"},
-    // The service runner has no console.
-    {"daemon", "tells the log alone"},
     // A text that cannot be converted is empty, also an argument or a path.
     {"iconv_open", "serves without its PID file"},
     {"iconv_open", "goes on without its PID file"},
     {"iconv_open", "takes a process for gone that runs"},
-    // A PID file that cannot be read is deleted.
-    {"iconv_open", "starts beside another"},
-    {"open", "starts beside another"},
-    {"fdopen", "starts beside another"},
-    {"stat", "starts beside another"},
-    {"fread", "starts beside another"},
 };
 
 /// What must never come of a fault in `function`; empty for nothing.

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "IConsole.h"
 #include "IOsUtilsFactory.h"
 #include "IServiceObject.h"
 #include "ISystemUtils.h"
@@ -15,6 +16,12 @@ namespace {
 constexpr wchar_t kClass[] = L"LinuxService";
 
 std::atomic<LinuxService*> currentService{nullptr};
+
+void tellOnStandardError(const std::wstring& text)
+{
+    std::wstring none;
+    getOsUtilsFactory().createConsole({}, {}, none)->writeErrorLine(text);
+}
 
 }  // namespace
 
@@ -101,6 +108,7 @@ bool LinuxService::detach()
     if (daemon(1, 1) == 0) return true;
     const std::wstring error = getOsUtilsFactory().getSystemUtils().getLastErrorText();
     logError({kClass, L"start"}, L"Daemon failed", L"Error", error);
+    tellOnStandardError(L"Daemon failed. Error: " + error);
     serviceObject_.exceptionHandler(LauncherException(exit_code::kOperatingSystem, error));
     state_.store(kStopped, std::memory_order_release);
     return false;

@@ -177,6 +177,18 @@ std::wstring cleanUpAndDescribe(const std::wstring& pidFilePath, std::int32_t pi
     return {};
 }
 
+/// The process id in a PID file, or -1 with the reason in `formatError`. Looks
+/// a second time before it raises that the file cannot be read: what it names
+/// may be running, and a failure be of the moment.
+std::int32_t readPid(const std::wstring& path, std::wostream& formatError)
+{
+    try {
+        return PidFile().read(path, formatError);
+    } catch (const LauncherException&) {
+        return PidFile().read(path, formatError);
+    }
+}
+
 /// The process id in a PID file that an earlier launcher left; nothing, and a
 /// record of the reason, when the file tells none.
 std::optional<std::int32_t> readOldPidFile(const std::wstring& path)
@@ -184,7 +196,7 @@ std::optional<std::int32_t> readOldPidFile(const std::wstring& path)
     constexpr wchar_t kMethod[] = L"checkClientLauncherIsNotRunning";
     std::wostringstream formatError;
     try {
-        const std::int32_t pid = PidFile().read(path, formatError);
+        const std::int32_t pid = readPid(path, formatError);
         if (pid != -1) return pid;
         logInfo({kClass, kMethod}, L"PID-file exists and has unsupported format, delete it",
                 L"formatError", formatError.str());
