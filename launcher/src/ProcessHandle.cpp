@@ -9,9 +9,6 @@
 #include <sstream>
 
 #include "FileHandle.h"
-#include "IFileUtils.h"
-#include "IOsUtilsFactory.h"
-#include "LauncherException.h"
 
 namespace {
 
@@ -64,15 +61,7 @@ ProcessHandle::ProcessHandle(std::int32_t pid) : pid_(pid), reachesNone_(pid <= 
 
 bool ProcessHandle::isRunning() const
 {
-    if (sendSignal(0) == ESRCH) return false;
-    try {
-        return getOsUtilsFactory().getFileUtils().fileExists(L"/proc/" + std::to_wstring(pid_) +
-                                                             L"/status");
-    } catch (const LauncherException&) {
-        // The look met the last moment of the process, or /proc hides what is
-        // inside: the null signal tells.
-        return sendSignal(0) != ESRCH;
-    }
+    return sendSignal(0) != ESRCH;
 }
 
 int ProcessHandle::queueSignal(int signal) const

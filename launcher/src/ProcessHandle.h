@@ -14,8 +14,9 @@ public:
     /// reaches none.
     explicit ProcessHandle(std::int32_t pid);
 
-    /// Whether the process has a status file in /proc: one that has ended but
-    /// was not yet waited for by its parent still has.
+    /// Whether the null signal reaches the process: it does until the parent has
+    /// waited for one that has ended. /proc is not asked: it may hide what runs
+    /// (its option hidepid), or be that of another namespace.
     [[nodiscard]] bool isRunning() const;
     /// Delivers `signal` as sigqueue(3) does, with the value 0. Gives 0, or the
     /// errno of the failure: ESRCH when the process is gone.
