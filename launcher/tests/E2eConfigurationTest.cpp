@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "EndToEndTest.h"
 
 namespace {
@@ -40,6 +42,10 @@ protected:
 
 class ConfigurationE2eTest : public Installation, public testing::WithParamInterface<Jdk> {
 protected:
+    [[nodiscard]] LauncherRun startInstance() const
+    {
+        return Installation::startInstance().withJvm();
+    }
     const std::string javaHome =
         std::filesystem::path(GetParam().second).parent_path().parent_path().parent_path();
 };
@@ -162,6 +168,29 @@ TEST_F(ConfigurationFailureE2eTest, NamesWhatIsWrongWithTheFileAndStartsNothing)
     EXPECT_TRUE(
         log().holds("INFO A stop request was sent to another launcher instance "
                     "pidToStop=999999999, timeoutMillis=IsNotSet"));
+}
+
+TEST_F(ConfigurationFailureE2eTest, TellsOfFilesThatItMayNotRead)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "needs the right to become another user";
+    std::filesystem::permissions(dir.path(), std::filesystem::perms::all);
+    const auto run = [](LauncherRun launcherRun) {
+        return launcherRun.before([] { std::ignore = setuid(65534); }).run();
+    };
+    const std::string ini = dir.write("ini/secret", "JAVA_OPT=-Xmx99m\n"), reason = ". Error: (13)";
+    std::filesystem::permissions(ini, std::filesystem::perms::none);
+    run(startInstance().args("--servicename secret --clog launcher.log"));
+    EXPECT_TRUE(
+        log().holds("INFO Cannot open service configuration file fileName=ini/secret, "
+                    "Exception=\"Cannot read file 'ini/secret'" +
+                    reason));
+
+    configure("");
+    const std::string file = dir / "bin/launcher.yml";
+    std::filesystem::permissions(file, std::filesystem::perms::none);
+    const LauncherResult result = run(startInstance());
+    EXPECT_EQ(result.status, 20);
+    EXPECT_EQ(result.out, "Cannot read file '" + file + "'" + reason + " Permission denied\n");
 }
 
 TEST_F(ConfigurationFailureE2eTest, NamesWhyThereIsNoJava)

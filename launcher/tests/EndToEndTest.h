@@ -33,6 +33,7 @@ protected:
                                       const std::string& className = "service.Service") const
     {
         LauncherRun run = launcher("start --pidfile service.pid --clog launcher.log");
+        if (library.ends_with("libjvm.so")) run.withJvm();
         run.arg("--jvmdll=" + library).arg(std::string("--jclasspath=") + SERVICE_JAR);
         run.arg("--jifaceclass=" + className).arg("--jvmopt=-XX:-UsePerfData");
         std::istringstream lines(script);

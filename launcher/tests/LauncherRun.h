@@ -68,6 +68,12 @@ public:
         environment_[name] = value;
         return *this;
     }
+    /// In a build with sanitizers: a JVM raises SIGSEGV on purpose, and frees
+    /// little at its end.
+    LauncherRun& withJvm()
+    {
+        return env("ASAN_OPTIONS", "handle_segv=0:allow_user_segv_handler=1:detect_leaks=0");
+    }
     /// Another build or copy of the launcher.
     LauncherRun& program(const std::filesystem::path& path)
     {
@@ -122,11 +128,9 @@ private:
     std::filesystem::path directory_;
     std::filesystem::path program_ = LAUNCHER_EXECUTABLE;
     std::vector<std::string> arguments_;
-    std::map<std::string, std::string> environment_{
-        {"LC_ALL", "C.UTF-8"},
-        {"LOCPATH", LOCALES},
-        {"PATH", "/usr/bin:/bin"},
-        // A JVM raises SIGSEGV on purpose: in a build with sanitizers it is the JVM's.
-        {"ASAN_OPTIONS", "handle_segv=0:allow_user_segv_handler=1:detect_leaks=0"}};
+    std::map<std::string, std::string> environment_{{"LC_ALL", "C.UTF-8"},
+                                                    {"LOCPATH", LOCALES},
+                                                    {"PATH", "/usr/bin:/bin"},
+                                                    {"ASAN_OPTIONS", "detect_leaks=1"}};
     std::function<void()> preparation_ = [] {};
 };
