@@ -58,8 +58,7 @@ public final class Service {
                 case "thread" -> new Thread(new FutureTask<>(() -> until(words[1]))).start();
                 case "hook" -> Runtime.getRuntime().addShutdownHook(
                         new Thread(new FutureTask<>(() -> write("hook", ""))));
-                case "child" -> new ProcessBuilder("sh", "-c", "ls -l /proc/self/fd; env")
-                        .redirectOutput(Path.of("child").toFile()).start().waitFor();
+                case "child" -> child();
                 case "depth" -> write("depth", Long.toString(depth()));
                 case "sample" -> awaitSample();
                 default -> throw new IllegalArgumentException(step);
@@ -92,6 +91,13 @@ public final class Service {
         var instance = unsafe.getDeclaredField("theUnsafe");
         instance.setAccessible(true);
         unsafe.getMethod("putAddress", long.class, long.class).invoke(instance.get(null), 0L, 0L);
+    }
+
+    // Runs a process, whose end must be seen.
+    private static void child() throws Exception {
+        int status = new ProcessBuilder("sh", "-c", "ls -l /proc/self/fd; env; exit 42")
+                .redirectOutput(Path.of("child").toFile()).start().waitFor();
+        if (status != 42) throw new AssertionError(status);
     }
 
     // How many calls fit on the stack.
