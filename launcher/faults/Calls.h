@@ -60,6 +60,7 @@ inline constexpr Call kCalls[] = {
     {"fgetc", {EIO}, EOF, Way::Errno, 0},
     {"fgets", {EIO}, 0, Way::Errno, 2},
     {"fputs", {EIO, ENOSPC, EPIPE}, EOF, Way::Errno, 1},
+    {"fseek", {EIO, ENOSPC}, -1, Way::Errno, 0},
     {"fflush", {ENOSPC, EIO, EDQUOT, EINTR}, EOF, Way::Errno, 0},
     {"fclose", {ENOSPC, EIO, EINTR}, EOF, Way::Release, 0},
     {"setvbuf", {EBADF}},

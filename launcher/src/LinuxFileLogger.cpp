@@ -129,6 +129,17 @@ void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
     }
 }
 
+/// Whether an error of writing, which is forgotten, has cut the last line of
+/// the file.
+bool endsWithinLine(FILE* stream)
+{
+    clearerr(stream);
+    if (fseek(stream, -1, SEEK_END) != 0) return false;
+    const int last = fgetc(stream);
+    fseek(stream, 0, SEEK_END);  // see fopen(3): between reading and writing
+    return last != '\n' && last != EOF;
+}
+
 std::wstring_view lastComponent(std::wstring_view path)
 {
     const std::size_t separator = path.find_last_of(L"/\\");
@@ -166,7 +177,9 @@ void LinuxFileLogger::log(const std::wstring& level, const wchar_t* className, c
     text += '\n';
 
     const std::unique_lock lock = lockLog();
-    if (lock && stream_) fwrite(text.data(), 1, text.size(), stream_.get());
+    if (!lock || !stream_) return;
+    if (ferror(stream_.get()) && endsWithinLine(stream_.get())) text.insert(text.begin(), '\n');
+    fwrite(text.data(), 1, text.size(), stream_.get());
 }
 
 void LinuxFileLogger::flush()

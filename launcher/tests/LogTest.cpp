@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "LinuxFileLogger.h"
+#include "ScopedFileSizeLimit.h"
 #include "UnitTest.h"
 
 namespace {
@@ -103,6 +104,23 @@ TEST_F(LogTest, DoesNotWaitForALogThatACrashedThreadHolds)
     close(pipe);
     EXPECT_EQ(text.find("lost"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(dir_ / "app.log.1"));
+}
+
+TEST_F(LogTest, BeginsALineOfItsOwnAfterOneThatWasCut)
+{
+    LinuxFileLogger log(file_, 1);
+    const auto write = [&](const std::wstring& message) {
+        log.log(kLevelInfo, L"C", L"f", 1, L"f", message);
+        log.flush();
+    };
+    {
+        const ScopedFileSizeLimit full(300);
+        for (int i = 0; i < 5; ++i) write(L"before");
+    }
+    write(L"after");
+    const std::string text = readText(dir_ / "app.log");
+    EXPECT_NE(text.find("=after\n"), std::string::npos) << text;
+    EXPECT_EQ(text.rfind(",SYSTEM,") - text.rfind('\n', text.size() - 2), 1 + 23) << text;
 }
 
 TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)

@@ -1,12 +1,11 @@
 #include "PidFile.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <tuple>
 
+#include "ScopedFileSizeLimit.h"
 #include "UnitTest.h"
 
 namespace {
@@ -30,15 +29,12 @@ TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
 TEST_F(PidFileTest, LeavesNoHalfWrittenFileOfItsOwn)
 {
     dir_.write("older", "999999999");
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full{0, before.rlim_max};
-    std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &full);  // what is written fails as on a full disk
-    const std::wstring error = raised([this] { PidFile().save(dir_.wide("pid")); });
-    const std::wstring olderError = raised([this] { PidFile().save(dir_.wide("older")); });
-    setrlimit(RLIMIT_FSIZE, &before);
-
+    std::wstring error, olderError;
+    {
+        const ScopedFileSizeLimit full(0);
+        error = raised([this] { PidFile().save(dir_.wide("pid")); });
+        olderError = raised([this] { PidFile().save(dir_.wide("older")); });
+    }
     EXPECT_EQ(error, at(L"3 Cannot write file '@/pid'. Error: (27) File too large"));
     EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
     EXPECT_EQ(olderError, at(L"3 Cannot write file '@/older'. Error: (27) File too large"));
