@@ -91,20 +91,21 @@ RotationState readRotationState(const std::wstring& path, const std::string& dir
     return state;
 }
 
-/// Renames the log to the next number. False when another launcher, started at
-/// the same time, has just taken the number or renamed the log.
+/// Renames the log to the next number, with the flags of renameat2(2). With
+/// `mayRetry` false when another launcher, started at the same time, has just
+/// taken the number or renamed the log.
 bool tryRotate(const std::wstring& path, const std::string& bytePath, const RotationState& state,
-               bool mayReplace)
+               unsigned flags, bool mayRetry)
 {
     std::array<char, 4096> target{};
     const int length = std::snprintf(target.data(), target.size(), "%s.%ld", bytePath.c_str(),
                                      state.highestNumber + 1);
     if (length >= 1) {
-        const unsigned flags = mayReplace ? 0 : RENAME_NOREPLACE;
         if (renameat2(AT_FDCWD, bytePath.c_str(), AT_FDCWD, target.data(), flags) == 0) return true;
-        if (errno == EEXIST || (errno == ENOENT && state.logWasSeen)) return false;
+        const bool lostRace = errno == EEXIST || (errno == ENOENT && state.logWasSeen);
+        if (lostRace && mayRetry) return false;
         // Not every file system can refuse to replace.
-        if (errno == EINVAL && !mayReplace) return tryRotate(path, bytePath, state, true);
+        if (errno == EINVAL && flags != 0) return tryRotate(path, bytePath, state, 0, mayRetry);
     }
     const std::wstring error = lastErrorText();
     throw LauncherException(exit_code::kLogFile, formatMessage(IDS_CANNOT_ROTATE_LOG, path,
@@ -125,7 +126,8 @@ void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
     for (int tries = 0; tries <= kMaxLostRaces; ++tries) {
         const RotationState state = readRotationState(path, directory, baseName);
         if (!state.logExists || !isLog) return;
-        if (tryRotate(path, bytePath, state, tries == kMaxLostRaces)) return;
+        const bool isLast = tries == kMaxLostRaces;
+        if (tryRotate(path, bytePath, state, isLast ? 0 : RENAME_NOREPLACE, !isLast)) return;
     }
 }
 

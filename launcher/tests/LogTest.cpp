@@ -152,6 +152,11 @@ TEST_F(LogTest, ReportsALogThatCannotBeMade)
               L"10 Cannot create file '" + absent + L"'. Error: (2) No such file or directory");
     EXPECT_EQ(raised([&] { LinuxFileLogger(dir_.wide(), 1); }),
               L"10 Cannot create file '" + dir_.wide() + L"'. Error: (21) Is a directory");
+    // A backslash separates the directory, too, but no system call knows that.
+    dir_.write("x/y", "");
+    EXPECT_EQ(raised([&] { LinuxFileLogger(dir_.wide("x\\y"), 1); }),
+              L"10 Cannot rotate launcher log: source '" + dir_.wide("x\\y") + L"', target '" +
+                  dir_.wide("x\\y.1") + L"'. Error: (2) No such file or directory");
     // A bare "app.log." counts as the log, which then cannot be renamed.
     dir_.write("app.log.", "");
     EXPECT_EQ(raised([&] { LinuxFileLogger(file_, 1); }),
