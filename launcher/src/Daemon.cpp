@@ -185,13 +185,18 @@ void Daemon::savePidFile()
     std::wstring path = parameters_->getPidFile();
     pidFile_->save(path);
     savedPidFile_ = std::move(path);  // whatever fails now, it will be removed
-    savedPidFile_ = withWorkingDirectory(savedPidFile_);
+    if (!parameters_->getWorkDir().empty()) savedPidFile_ = withWorkingDirectory(savedPidFile_);
 }
 
 void Daemon::removePidFile() const noexcept
 {
     try {
         const FileLock lock(savedPidFile_, FileLock::Missing::Leave);
+        if (pidFile_->runningOwner(savedPidFile_)) {
+            logInfo({kClass, L"removePidFile"}, L"PID file names another process by now", L"path",
+                    savedPidFile_);
+            return;
+        }
         pidFile_->remove(savedPidFile_);
     } catch (const std::exception&) {
         // Out of memory, which the run has failed of, too: that is told.

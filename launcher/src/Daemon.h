@@ -34,7 +34,7 @@ public:
     int run(IService& service) override;
     void stop(IService& service) override;
     void exceptionHandler(const LauncherException& exception) override;
-    /// Removes the PID file that run() wrote.
+    /// Removes the PID file that run() wrote, unless it is another launcher's by now.
     ~Daemon() override;
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
@@ -62,7 +62,7 @@ private:
     StopSignalHold stopSignals_;  ///< outlives the PID file
     std::unique_ptr<JavaVmManager> javaVmManager_;
     std::unique_ptr<PidFile> pidFile_;
-    std::wstring savedPidFile_;  ///< absolute; empty until one is written
+    std::wstring savedPidFile_;  ///< as it reads from where we are; empty until one is written
     std::shared_ptr<const LauncherParameters> parameters_;
     std::shared_future<void> startMethod_;      ///< shared: stop() polls it, too
     std::atomic<bool> startMethodRuns_{false};  ///< publishes startMethod_ to stop()

@@ -67,4 +67,15 @@ TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
     }
 }
 
+TEST_F(RaceE2eTest, APidFileThatNamesAnotherProcessByNowStays)
+{
+    const LauncherProcess launcher = service().env("FAKE_JVM_UNTIL", "go").start();
+    EXPECT_TRUE(waitUntil([this] { return exists("options"); }));
+    const std::string another = std::to_string(getpid());
+    dir.write("service.pid", another);  // somebody has deleted the first one's meanwhile
+    dir.write("go", "");
+    EXPECT_EQ(launcher.waitForExit().status, 4);
+    EXPECT_EQ(content("service.pid"), another);
+}
+
 }  // namespace
