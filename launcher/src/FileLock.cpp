@@ -1,6 +1,7 @@
 #include "FileLock.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -22,20 +23,24 @@ enum class Attempt { Locked, Busy, Impossible };
 
 FileDescriptor openFile(const std::string& path, FileLock::Missing missing)
 {
+    constexpr int kFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const int creation = missing == FileLock::Missing::Create ? O_CREAT : 0;
-    return FileDescriptor(
-        open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | creation, kMode));
+    FileDescriptor file(open(path.c_str(), O_RDWR | kFlags | creation, kMode));
+    if (file.isOpen() || errno != EACCES) return file;
+    return FileDescriptor(open(path.c_str(), O_RDONLY | kFlags));
 }
 
 /// A lock of the open file, which no close() of another descriptor ends, and
 /// which does not meet the locks of flock(1), in which scripts wrap a start:
-/// see "Open file description locks" in fcntl(2).
+/// see "Open file description locks" in fcntl(2). A file that may only be read
+/// takes a lock of flock(2) alone; nobody else who may not write takes another.
 Attempt tryLock(const FileDescriptor& file)
 {
     struct flock whole {};
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
     if (fcntl(file.get(), F_OFD_SETLK, &whole) == 0) return Attempt::Locked;
+    if (errno == EBADF && flock(file.get(), LOCK_EX | LOCK_NB) == 0) return Attempt::Locked;
     const bool busy = errno == EAGAIN || errno == EACCES || errno == EINTR;
     return busy ? Attempt::Busy : Attempt::Impossible;
 }

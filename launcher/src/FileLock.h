@@ -1,8 +1,8 @@
 // FileLock: keeps other launchers off a file for a scope, so that what one
 // finds in it still holds when it acts on that. The lock is an advisory one
 // that ends with the process at the latest; it binds only those who take it.
-// Never throws: where a file cannot be locked (a device or pipe, one that may
-// not be written, a file system without locks, a holder that does not let go)
+// No failure is raised: where a file cannot be locked (a device or pipe, one that
+// may not be read, a file system without locks, a holder that does not let go)
 // the scope goes on without. Not shared between threads.
 #pragma once
 
