@@ -108,7 +108,7 @@ bool LinuxService::detach()
     if (daemon(1, 1) == 0) return true;
     const std::wstring error = getOsUtilsFactory().getSystemUtils().getLastErrorText();
     logError({kClass, L"start"}, L"Daemon failed", L"Error", error);
-    tellOnStandardError(L"Daemon failed. Error: " + error);
+    tellOnStandardError(formatMessage(IDS_CANNOT_DETACH, error));
     serviceObject_.exceptionHandler(LauncherException(exit_code::kOperatingSystem, error));
     state_.store(kStopped, std::memory_order_release);
     return false;

@@ -88,6 +88,7 @@ constexpr MessageText kTexts[] = {
      "Modulepath was set but no files meet the mask. Search path: %ls"},
     {IDS_CANNOT_FIND_CLASS_PATH, "Classpath was set but no files meet the mask. Search path: %ls"},
     {IDS_CANNOT_CWD, "Cannot change current directory to '%ls'. Error: %ls"},
+    {IDS_CANNOT_DETACH, "Cannot run in the background. Error: %ls"},
     {IDS_FAILED_TO_CHECK_PROCESS_RUNNING,
      "Cannot detect whether process PID=%d is running. Error: %ls"},
     {IDS_CANNOT_ATTACH_NATIVE_THREAD_TO_JVM_THREAD, "Cannot attach native thread to JVM thread."},

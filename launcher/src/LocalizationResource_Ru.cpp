@@ -99,6 +99,7 @@ constexpr MessageText kTexts[] = {
     {IDS_CANNOT_FIND_CLASS_PATH,
      "Classpath задан, но нет файлов, соответствующих маске. Путь поиска: %ls"},
     {IDS_CANNOT_CWD, "Не удается сменить текущий каталог на '%ls'. Ошибка: %ls"},
+    {IDS_CANNOT_DETACH, "Не удается перейти в фоновый режим. Ошибка: %ls"},
     {IDS_FAILED_TO_CHECK_PROCESS_RUNNING,
      "Не удается определить, работает ли процесс с PID=%d. Ошибка: %ls"},
     {IDS_CANNOT_ATTACH_NATIVE_THREAD_TO_JVM_THREAD,
