@@ -37,8 +37,10 @@ inline constexpr Call kCalls[] = {
     // Files
     {"open", {EACCES, EMFILE, ENFILE, ENOENT, ENOMEM, ENOSPC, EROFS, EINTR, EIO, ELOOP, EISDIR}},
     {"fcntl", {EAGAIN, ENOLCK, EINTR, EINVAL, EBADF}},
+    {"flock", {ENOLCK, EINTR, EWOULDBLOCK}},
     {"close", {EIO, EINTR, ENOSPC, EDQUOT}, -1, Way::Release},
     {"dup2", {EBUSY, EINTR}},
+    {"access", {EACCES, EIO}},
     {"stat", {EACCES, ELOOP, ENOMEM, ENOTDIR, EIO}},
     {"lstat", {EACCES, ENOENT, EIO, ENOMEM}},
     {"fstat", {EOVERFLOW, ENOMEM, EIO}},

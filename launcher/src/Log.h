@@ -67,7 +67,7 @@ struct LogPlace {
 };
 
 /// Writes one record to the current logger; `values` alternate keys and values.
-/// A record for which there is no memory is lost.
+/// A record whose text finds no memory is lost.
 void writeLogRecord(const std::wstring& level, const LogPlace& place, std::wstring_view message,
                     std::span<const LogValue> values);
 

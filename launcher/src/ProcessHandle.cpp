@@ -54,22 +54,31 @@ ProcessHandle::ProcessHandle(std::int32_t pid) : pid_(pid), reachesNone_(pid <= 
     if (reachesNone_) return;
     // By number: the C library's functions for it are younger than the kernel's.
     descriptor_ = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
-    if (descriptor_.isOpen()) return;
-    reachesNone_ = errno == ESRCH;
+    reachesNone_ = !descriptor_.isOpen() && errno == ESRCH;
+    const bool isUsable = descriptor_.isOpen() && sendSignal(0) != ENOSYS;
+    if (isUsable || reachesNone_) return;
+    descriptor_ = FileDescriptor();
     startTime_ = readStartTime(pid);
 }
 
 bool ProcessHandle::isRunning() const
 {
-    return sendSignal(0) != ESRCH;
+    switch (sendSignal(0)) {
+        case 0:
+        case EPERM:
+            return true;
+        case ESRCH:
+            return false;
+        default:
+            return access(("/proc/" + std::to_string(pid_) + "/status").c_str(), F_OK) == 0;
+    }
 }
 
 int ProcessHandle::queueSignal(int signal) const
 {
     int error = send(signal, true);
-    while (error == EINTR) error = send(signal, true);
-    // The receiver's queue is full: a signal of kill(2) takes no place in it.
-    return error == EAGAIN ? sendSignal(signal) : error;
+    while (error == EINTR || error == EAGAIN) error = send(signal, true);
+    return error;
 }
 
 int ProcessHandle::sendSignal(int signal) const

@@ -1,6 +1,7 @@
 // ProcessHandle: a process, found by its id. Ids are given to new processes
 // when the old ones are gone; a handle stays with the process that had the id
-// when it was made, and never reaches a later one. Not shared between threads.
+// when it was made, and does not reach a later one: by pidfd_open(2), or else by
+// the time when the process started. Not shared between threads.
 #pragma once
 
 #include <cstdint>
@@ -14,9 +15,10 @@ public:
     /// reaches none.
     explicit ProcessHandle(std::int32_t pid);
 
-    /// Whether the null signal reaches the process: it does until the parent has
-    /// waited for one that has ended. /proc is not asked: it may hide what runs
-    /// (its option hidepid), or be that of another namespace.
+    /// Whether the process exists: it does until the parent has waited for one
+    /// that has ended. The null signal tells, and only where that cannot its
+    /// status file in /proc, which may hide what runs (by the mount option
+    /// hidepid), or be that of another namespace.
     [[nodiscard]] bool isRunning() const;
     /// Delivers `signal` as sigqueue(3) does, with the value 0. Gives 0, or the
     /// errno of the failure: ESRCH when the process is gone.
