@@ -61,7 +61,7 @@ LauncherRun startFake(const ScopedTempDir& dir, const std::string& args)
     const std::string path = dir.path();
     LauncherRun run = start(dir, FAKE_JVM, "--jvmopt -Xmx99m --cout out.txt --cerr err.txt");
     run.env("JVM_OPTS", "--jvmopt -Dx=1").args("--instance " + path);
-    return run.args("--workdir " + path + "/new/work " + args);
+    return run.args("--workdir " + path + "/new/place " + args);
 }
 
 /// An installed launcher with files of its own, which finds Java in JAVA_HOME.
@@ -240,7 +240,7 @@ Scenario fakeScenario(const std::string& name, const std::string& args)
     return {.name = name,
             .status = 4,
             .text = "Cannot create JVM 8 instance with library '.*\n",
-            .works = {{"new/work/options", "jars/service.jar"}},
+            .works = {{"new/place/options", "jars/service.jar"}},
             .launcher = [args](const ScopedTempDir& dir, pid_t) { return startFake(dir, args); }};
 }
 
