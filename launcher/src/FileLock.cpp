@@ -32,8 +32,8 @@ FileDescriptor openFile(const std::string& path, FileLock::Missing missing)
 
 /// A lock of the open file, which no close() of another descriptor ends, and
 /// which does not meet the locks of flock(1), in which scripts wrap a start:
-/// see "Open file description locks" in fcntl(2). A file that may only be read
-/// takes a lock of flock(2) alone; nobody else who may not write takes another.
+/// see "Open file description locks" in fcntl(2). Of a file that may only be
+/// read such a lock cannot be exclusive; all who may not write it use flock(2).
 Attempt tryLock(const FileDescriptor& file)
 {
     struct flock whole {};
