@@ -28,6 +28,24 @@ std::wstring textOfError(int error)
     return getOsUtilsFactory().getSystemUtils().getLastErrorText();
 }
 
+/// What a PID file holds.
+struct Content {
+    std::int32_t pid;     ///< -1 when it holds none
+    const char* errorId;  ///< why not; null when it holds one
+};
+
+Content readContent(const std::wstring& path)
+{
+    const auto file = getOsUtilsFactory().getFileUtils().readFile(path);
+    if (file->size() == 0) return {-1, IDS_PIDFILE_ZEROSIZE};
+    if (file->size() > kMaxPidDigits) return {-1, IDS_PIDFILE_EXTRACHARS};
+    // Leading white space and a sign pass on purpose, unlike in stop mode.
+    char* end = nullptr;
+    const unsigned long pid = std::strtoul(file->data(), &end, 10);
+    if (end != file->data() + file->size()) return {-1, IDS_PIDFILE_BAD_CHARS};
+    return {static_cast<std::int32_t>(pid), nullptr};
+}
+
 /// Deletes what was written of a file, if anything was.
 void discard(const std::wstring& path)
 {
@@ -109,32 +127,17 @@ std::int32_t PidFile::read(const std::wstring& path, std::wostream& errorStream)
     if (path.empty()) {
         throw LauncherException(L"Invalid state. Cannot read a PID because file name was not set");
     }
-    const auto content = getOsUtilsFactory().getFileUtils().readFile(path);
-    if (content->size() == 0) {
-        errorStream << formatMessage(IDS_PIDFILE_ZEROSIZE, path);
-        return -1;
-    }
-    if (content->size() > kMaxPidDigits) {
-        errorStream << formatMessage(IDS_PIDFILE_EXTRACHARS, path);
-        return -1;
-    }
-    // Leading white space and a sign pass on purpose, unlike in stop mode.
-    char* end = nullptr;
-    const unsigned long pid = std::strtoul(content->data(), &end, 10);
-    if (end != content->data() + content->size()) {
-        errorStream << formatMessage(IDS_PIDFILE_BAD_CHARS, path);
-        return -1;
-    }
-    return static_cast<std::int32_t>(pid);
+    const Content content = readContent(path);
+    if (content.errorId) errorStream << formatMessage(content.errorId, path);
+    return content.pid;
 }
 
 std::optional<std::int32_t> PidFile::runningOwner(const std::wstring& path) const
 {
     if (isSpecialFile(toUtf8(path))) return std::nullopt;
-    std::wostringstream reason;
     try {
-        const std::int32_t pid = read(path, reason);
-        if (isOtherProcessRunning(pid)) return pid;
+        const Content content = readContent(path);
+        if (isOtherProcessRunning(content.pid)) return content.pid;
     } catch (const LauncherException&) {
         // One that cannot be read tells of nobody.
     }
