@@ -160,7 +160,7 @@ void decodeByToWide(benchmark::State& state, const Shape& shape)
     const LauncherFile& file = fileOf(state, shape);
     while (keepRunning(state)) {
         const Bytes bytes = readAll(file);
-        benchmark::DoNotOptimize(toWide(std::string(bytes.data.get(), bytes.size)));
+        benchmark::DoNotOptimize(toWide(std::string_view(bytes.data.get(), bytes.size)));
     }
 }
 

@@ -20,7 +20,7 @@ Arguments toArguments(std::string_view input)
     Arguments arguments{kProgram};
     while (!input.empty()) {
         const std::string_view word = input.substr(0, input.find_first_of({"\n\0", 2}));
-        arguments.push_back(toWide(std::string(word)));
+        arguments.push_back(toWide(word));
         input.remove_prefix(std::min(input.size(), word.size() + 1));
     }
     return arguments;

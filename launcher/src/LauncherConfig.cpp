@@ -67,12 +67,12 @@ bool isScalar(std::string_view key)
 
 std::wstring keyOf(const YamlNode& node)
 {
-    return toWide(std::string(node.key()));
+    return toWide(node.key());
 }
 
 std::wstring rawValueOf(const YamlNode& node)
 {
-    return toWide(std::string(node.value()));
+    return toWide(node.value());
 }
 
 std::wstring valueOf(const YamlNode& node, const ExpansionContext& context)

@@ -2,17 +2,19 @@
 
 #include <iconv.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cwchar>
+#include <optional>
+#include <span>
 
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kLastCodePoint = 0x10FFFF;
 constexpr char32_t kFirstSupplementary = 0x10000;
+constexpr std::size_t kLongestSequence = 4;  ///< in UTF-8
 
 class ErrnoKeeper final {
 public:
@@ -23,6 +25,17 @@ public:
 
 private:
     int errno_;
+};
+
+/// How far a conversion came, in code units.
+struct Progress {
+    std::size_t read;
+    std::size_t written;
+
+    Progress operator+(const Progress& other) const
+    {
+        return {read + other.read, written + other.written};
+    }
 };
 
 /// Sole owner of an iconv descriptor.
@@ -36,19 +49,21 @@ public:
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
-    /// Bytes written to `output`, up to the first sequence that cannot be
-    /// converted; 0 when the conversion itself is not possible.
-    [[nodiscard]] std::size_t convert(const void* input, std::size_t inputSize, void* output,
-                                      std::size_t room) const
+    /// Up to the first sequence that cannot be converted; nothing when the
+    /// conversion itself is not possible.
+    template <typename From, typename To>
+    [[nodiscard]] std::optional<Progress> convert(std::basic_string_view<From> text,
+                                                  std::span<To> output) const
     {
-        if (!isOpen()) return 0;
+        if (!isOpen()) return std::nullopt;
         // iconv only reads its input, whatever its signature says.
-        char* in = static_cast<char*>(const_cast<void*>(input));
-        char* const begin = static_cast<char*>(output);
-        char* out = begin;
-        const bool failed = iconv(descriptor_, &in, &inputSize, &out, &room) == kFailed;
-        if (failed && errno != EILSEQ && errno != EINVAL && errno != E2BIG) return 0;
-        return static_cast<std::size_t>(out - begin);
+        char* in = const_cast<char*>(reinterpret_cast<const char*>(text.data()));
+        std::size_t inSize = text.size() * sizeof(From);
+        char* out = reinterpret_cast<char*>(output.data());
+        std::size_t room = output.size_bytes();
+        const bool failed = iconv(descriptor_, &in, &inSize, &out, &room) == kFailed;
+        if (failed && errno != EILSEQ && errno != EINVAL && errno != E2BIG) return std::nullopt;
+        return Progress{text.size() - inSize / sizeof(From), output.size() - room / sizeof(To)};
     }
 
 private:
@@ -62,11 +77,18 @@ private:
     iconv_t descriptor_;
 };
 
-template <typename Character>
-bool isAscii(std::basic_string_view<Character> text)
+/// Copies `text` to as much room. False when it is not all ASCII: then what was
+/// copied is of no use.
+template <typename From, typename To>
+bool copyAscii(std::basic_string_view<From> text, To* output)
 {
-    return std::all_of(text.begin(), text.end(),
-                       [](Character c) { return static_cast<char32_t>(c) < 0x80; });
+    // To the end even behind the first that is not: several at a time.
+    unsigned bits = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        bits |= static_cast<unsigned>(text[i]);
+        output[i] = static_cast<To>(text[i]);
+    }
+    return bits < 0x80;
 }
 
 template <typename Character>
@@ -75,33 +97,46 @@ std::basic_string_view<Character> upToNul(std::basic_string_view<Character> text
     return text.substr(0, text.find(Character{}));
 }
 
-std::wstring utf8ToWide(std::string_view text)
+// Most texts are ASCII or have characters of one byte and two. Those are
+// converted here, which takes a fraction of the time; iconv decides on the rest.
+
+/// Up to the first sequence that is longer or invalid.
+Progress decodeShortSequences(std::string_view text, wchar_t* output)
 {
-    if (isAscii(text)) return {text.begin(), text.end()};
-    const ErrnoKeeper keeper;
-    std::wstring wide(text.size(), L'\0');
-    const std::size_t written =
-        Converter("WCHAR_T", "UTF-8")
-            .convert(text.data(), text.size(), wide.data(), wide.size() * sizeof(wchar_t));
-    wide.resize(written / sizeof(wchar_t));
-    return wide;
+    wchar_t* out = output;
+    std::size_t i = 0;
+    while (i < text.size()) {
+        const auto first = static_cast<unsigned char>(text[i]);
+        if (first < 0x80) {
+            *out++ = first;
+            ++i;
+            continue;
+        }
+        const bool isLead = first >= 0xC2 && first <= 0xDF && i + 1 < text.size();
+        const unsigned next = isLead ? static_cast<unsigned char>(text[i + 1]) : 0U;
+        if ((next & 0xC0) != 0x80) break;
+        *out++ = static_cast<wchar_t>((first & 0x1FU) << 6 | (next & 0x3FU));
+        i += 2;
+    }
+    return {i, static_cast<std::size_t>(out - output)};
 }
 
-std::string wideToUtf8(std::wstring_view text)
+/// Up to the first character that takes more bytes.
+Progress encodeShortSequences(std::wstring_view text, char* output)
 {
-    if (isAscii(text)) {
-        std::string ascii(text.size(), '\0');
-        std::transform(text.begin(), text.end(), ascii.begin(),
-                       [](wchar_t c) { return static_cast<char>(c); });
-        return ascii;
+    char* out = output;
+    std::size_t i = 0;
+    for (; i < text.size(); ++i) {
+        const auto unit = static_cast<char32_t>(text[i]);
+        if (unit >= 0x800) break;
+        if (unit < 0x80) {
+            *out++ = static_cast<char>(unit);
+        } else {
+            *out++ = static_cast<char>(0xC0 | unit >> 6);
+            *out++ = static_cast<char>(0x80 | (unit & 0x3F));
+        }
     }
-    const ErrnoKeeper keeper;
-    std::string utf8(text.size() * 4, '\0');
-    const std::size_t written =
-        Converter("UTF-8", "WCHAR_T")
-            .convert(text.data(), text.size() * sizeof(wchar_t), utf8.data(), utf8.size());
-    utf8.resize(written);
-    return utf8;
+    return {i, static_cast<std::size_t>(out - output)};
 }
 
 bool isHighSurrogate(char32_t unit)
@@ -197,24 +232,65 @@ std::wstring formatNumber(const char* format, Number value)
 
 }  // namespace
 
-std::wstring toWide(const std::string& text)
+bool appendWide(std::string_view text, std::wstring& wide)
 {
-    return utf8ToWide(upToNul<char>(text));
+    const std::string_view input = upToNul(text);
+    const std::size_t before = wide.size();
+    wide.resize(before + input.size());
+    wchar_t* const output = wide.data() + before;
+    if (copyAscii(input, output)) return input.size() == text.size();
+    Progress progress = decodeShortSequences(input, output);
+    if (progress.read < input.size()) {
+        const ErrnoKeeper keeper;
+        const std::span room(output + progress.written, input.size() - progress.written);
+        const auto rest = Converter("WCHAR_T", "UTF-8").convert(input.substr(progress.read), room);
+        progress = rest ? progress + *rest : Progress{};
+    }
+    wide.resize(before + progress.written);
+    return progress.read == text.size();
+}
+
+std::wstring toWide(std::string_view text)
+{
+    std::wstring wide;
+    appendWide(text, wide);
+    return wide;
 }
 
 std::wstring toWide(const char* text)
 {
-    return text ? utf8ToWide(text) : std::wstring();
+    return text ? toWide(std::string_view(text)) : std::wstring();
 }
 
-std::string toUtf8(const std::wstring& text)
+void appendUtf8(std::wstring_view text, std::string& bytes)
 {
-    return wideToUtf8(upToNul<wchar_t>(text));
+    const std::wstring_view input = upToNul(text);
+    const std::size_t before = bytes.size();
+    bytes.resize(before + input.size());
+    if (copyAscii(input, bytes.data() + before)) return;
+    bytes.resize(before + input.size() * kLongestSequence);
+    char* const output = bytes.data() + before;
+    Progress progress = encodeShortSequences(input, output);
+    if (progress.read < input.size()) {
+        const ErrnoKeeper keeper;
+        const std::span room(output + progress.written,
+                             input.size() * kLongestSequence - progress.written);
+        const auto rest = Converter("UTF-8", "WCHAR_T").convert(input.substr(progress.read), room);
+        progress = rest ? progress + *rest : Progress{};
+    }
+    bytes.resize(before + progress.written);
+}
+
+std::string toUtf8(std::wstring_view text)
+{
+    std::string bytes;
+    appendUtf8(text, bytes);
+    return bytes;
 }
 
 std::string toUtf8(const wchar_t* text)
 {
-    return text ? wideToUtf8(text) : std::string();
+    return text ? toUtf8(std::wstring_view(text)) : std::string();
 }
 
 std::string toModifiedUtf8(std::wstring_view text)

@@ -8,13 +8,17 @@
 
 /// UTF-8 to wide text, up to the first NUL. An invalid or truncated sequence
 /// cuts the text there. A null pointer gives the empty text.
-[[nodiscard]] std::wstring toWide(const std::string& text);
+[[nodiscard]] std::wstring toWide(std::string_view text);
 [[nodiscard]] std::wstring toWide(const char* text);
+/// Appends what toWide() gives of `text` to `wide`; false when that was cut.
+bool appendWide(std::string_view text, std::wstring& wide);
 
 /// Wide text to UTF-8, up to the first NUL. A code unit that iconv(3) rejects,
 /// such as a surrogate, cuts the text there. A null pointer gives the empty text.
-[[nodiscard]] std::string toUtf8(const std::wstring& text);
+[[nodiscard]] std::string toUtf8(std::wstring_view text);
 [[nodiscard]] std::string toUtf8(const wchar_t* text);
+/// Appends what toUtf8() gives of `text` to `bytes`.
+void appendUtf8(std::wstring_view text, std::string& bytes);
 
 /// Wide text to the modified UTF-8 of the JNI (JNI documentation, "Modified
 /// UTF-8 Strings"): U+0000 becomes C0 80, a supplementary character a pair of
