@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
@@ -63,8 +64,33 @@ FileMask splitEntry(const std::wstring& entry)
     return {lastSlash == 0 ? L"/" : entry.substr(0, lastSlash), entry.substr(lastSlash + 1)};
 }
 
+/// A path list while it is written, behind the option that it belongs to.
+class PathList final {
+public:
+    explicit PathList(const wchar_t* option) : text_(option), optionSize_(text_.size()) {}
+
+    [[nodiscard]] bool isEmpty() const { return text_.size() == optionSize_; }
+    /// Makes room at once: there may be thousands of long paths.
+    void reserveFor(const std::vector<std::wstring>& files)
+    {
+        std::size_t size = text_.size();
+        for (const std::wstring& file : files) size += 1 + file.size();
+        text_.reserve(size);
+    }
+    void add(const std::wstring& file)
+    {
+        if (!isEmpty()) text_ += fileUtils().getPathListSeparator();
+        text_ += file;
+    }
+    [[nodiscard]] std::wstring take() { return std::move(text_); }
+
+private:
+    std::wstring text_;
+    std::size_t optionSize_;
+};
+
 /// Appends the files that match the entry to `result`.
-void resolveEntry(const std::wstring& rawEntry, std::wstring& result)
+void resolveEntry(const std::wstring& rawEntry, PathList& result)
 {
     if (rawEntry.empty()) {
         logWarn({kClass, L"resolveWildcards"}, L"Skipping empty file mask");
@@ -82,11 +108,20 @@ void resolveEntry(const std::wstring& rawEntry, std::wstring& result)
         logInfo({kClass, L"resolveWildcards"}, L"The mask does not match any file in the directory",
                 L"mask", fileMask.mask);
     }
+    result.reserveFor(files);
     for (const std::wstring& file : files) {
         logInfo({kClass, L"resolveWildcards"}, L"File matched", L"filename", file);
-        if (!result.empty()) result += fileUtils().getPathListSeparator();
-        result += file;
+        result.add(file);
     }
+}
+
+void resolvePathList(const std::wstring& pathList, PathList& result)
+{
+    const std::vector<std::wstring> entries = splitPathList(pathList);
+    if (entries.empty()) return;
+    logInfo({kClass, L"resolveWildcards"}, L"Java code base path wildcards to resolve",
+            L"pathMasks", entries);
+    for (const std::wstring& entry : entries) resolveEntry(entry, result);
 }
 
 /// Adds `option` with the files of `pathList`, if that is set.
@@ -94,11 +129,12 @@ void addPathOption(const std::wstring& pathList, const wchar_t* option, const ch
                    std::vector<std::wstring>& options)
 {
     if (pathList.empty()) return;
-    const std::wstring files = resolveWildcards(pathList);
-    if (files.empty()) {
+    PathList files(option);
+    resolvePathList(pathList, files);
+    if (files.isEmpty()) {
         throw LauncherException(exit_code::kConfiguration, formatMessage(nothingFoundId, pathList));
     }
-    options.push_back(option + files);
+    options.push_back(files.take());
 }
 
 }  // namespace
@@ -121,11 +157,7 @@ std::vector<std::wstring> composeJvmOptions(const LauncherParameters& parameters
 
 std::wstring resolveWildcards(const std::wstring& pathList)
 {
-    const std::vector<std::wstring> entries = splitPathList(pathList);
-    if (entries.empty()) return L"";
-    logInfo({kClass, L"resolveWildcards"}, L"Java code base path wildcards to resolve",
-            L"pathMasks", entries);
-    std::wstring result;
-    for (const std::wstring& entry : entries) resolveEntry(entry, result);
-    return result;
+    PathList files(L"");
+    resolvePathList(pathList, files);
+    return files.take();
 }

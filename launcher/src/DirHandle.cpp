@@ -4,10 +4,9 @@
 
 DirHandle::DirHandle(const std::string& path) : stream_(opendir(path.c_str())) {}
 
-std::optional<std::string> DirHandle::nextName()
+const char* DirHandle::nextName()
 {
     errno = 0;  // readdir(3) leaves it alone at the end
     const dirent* entry = readdir(stream_.get());
-    if (!entry) return std::nullopt;
-    return entry->d_name;
+    return entry ? entry->d_name : nullptr;
 }

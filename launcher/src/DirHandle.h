@@ -6,7 +6,6 @@
 #include <dirent.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 
 class DirHandle final {
@@ -15,10 +14,10 @@ public:
     explicit DirHandle(const std::string& path);
 
     [[nodiscard]] bool isOpen() const { return stream_ != nullptr; }
-    /// Next entry name (bytes, readdir order, "." and ".." included), or
-    /// nothing at the end, with errno 0, and on failure, with errno set.
-    /// Requires isOpen().
-    [[nodiscard]] std::optional<std::string> nextName();
+    /// Next entry name (bytes, readdir order, "." and ".." included), valid
+    /// until the next call; null at the end, with errno 0, and on failure, with
+    /// errno set. Requires isOpen().
+    [[nodiscard]] const char* nextName();
 
 private:
     struct Closer {

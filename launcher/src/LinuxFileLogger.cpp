@@ -77,8 +77,8 @@ RotationState readRotationState(const std::wstring& path, const std::string& dir
     DirHandle entries(directory);
     if (!entries.isOpen()) raiseCreationError(path);
     RotationState state;
-    while (const std::optional<std::string> name = entries.nextName()) {
-        const std::optional<std::int64_t> number = rotationNumber(*name, baseName);
+    while (const char* const name = entries.nextName()) {
+        const std::optional<std::int64_t> number = rotationNumber(name, baseName);
         if (!number) continue;
         // 0 counts as the log itself, also for a bare "log." (required).
         if (*number == 0) state.logExists = true;

@@ -72,10 +72,11 @@ std::optional<std::string> resolvePath(const std::string& path)
     return buffer.data();
 }
 
-bool isDirectoryItself(const std::string& path, const std::wstring& widePath)
+/// Of a link, the link counts.
+bool isDirectoryItself(const std::string& path)
 {
     struct stat status {};
-    if (lstat(path.c_str(), &status) != 0) raiseReadError(widePath);
+    if (lstat(path.c_str(), &status) != 0) raiseReadError(toWide(path));
     return S_ISDIR(status.st_mode);
 }
 
@@ -243,15 +244,14 @@ std::vector<std::wstring> LinuxFileUtils::listFiles(const std::wstring& director
     }
 
     std::vector<std::wstring> files;
-    while (const std::optional<std::string> name = entries.nextName()) {
-        const std::string file = *prefix + *name;
-        const std::wstring wideFile = toWide(file);
-        // Links are not followed: a link to a directory is listed.
-        if (isDirectoryItself(file, wideFile)) continue;
-        if (nameMask.matches(*name)) {
-            files.push_back(wideFile);
+    std::string file = *prefix;
+    while (const char* const name = entries.nextName()) {
+        file.replace(prefix->size(), std::string::npos, name);
+        if (isDirectoryItself(file)) continue;
+        if (nameMask.matches(name)) {
+            files.push_back(toWide(file));
         } else if (errno != 0) {
-            raiseReadError(wideFile);  // the class path would lack it
+            raiseReadError(toWide(file));  // the class path would lack it
         }
     }
     if (errno != 0) raiseReadError(shownMask);  // or these

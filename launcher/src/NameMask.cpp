@@ -35,9 +35,9 @@ NameMask::~NameMask()
     if (valid_) regfree(&expression_);
 }
 
-bool NameMask::matches(const std::string& name) const
+bool NameMask::matches(const char* name) const
 {
-    const int result = regexec(&expression_, name.c_str(), 0, nullptr, 0);
+    const int result = regexec(&expression_, name, 0, nullptr, 0);
     errno = 0;
     if (result != 0 && result != REG_NOMATCH) setErrno(result);
     return result == 0;

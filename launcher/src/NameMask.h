@@ -20,7 +20,7 @@ public:
     [[nodiscard]] bool isValid() const { return valid_; }
     /// False with errno 0 for no match, and with errno set on failure. Requires
     /// isValid().
-    [[nodiscard]] bool matches(const std::string& name) const;
+    [[nodiscard]] bool matches(const char* name) const;
 
 private:
     regex_t expression_{};
