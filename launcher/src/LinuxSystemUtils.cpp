@@ -22,7 +22,9 @@ std::wstring environmentLocale(const wchar_t* ends, const wchar_t* fallback)
 
 std::wstring LinuxSystemUtils::getCurrentTimeText() const
 {
-    return toWide(localTimeText());
+    std::string text;
+    appendLocalTime(text);
+    return toWide(text);
 }
 
 std::wstring LinuxSystemUtils::getLastErrorText() const

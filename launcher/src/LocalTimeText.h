@@ -3,5 +3,6 @@
 
 #include <string>
 
-/// The current local time, "2024/03/07-09:05:01.042", milliseconds truncated.
-[[nodiscard]] std::string localTimeText();
+/// Appends the current local time, "2024/03/07-09:05:01.042", milliseconds
+/// truncated.
+void appendLocalTime(std::string& text);

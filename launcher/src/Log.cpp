@@ -1,7 +1,6 @@
 #include "Log.h"
 
 #include <atomic>
-#include <cstring>
 #include <new>
 
 #include "IFileUtils.h"
@@ -10,8 +9,11 @@
 #include "LauncherException.h"
 #include "LinuxFileLogger.h"
 #include "NopLogger.h"
+#include "TextConversion.h"
 
 namespace {
+
+constexpr std::size_t kPunctuation = 4;  ///< around a key or a value
 
 // The current logger; null until the first one is set.
 std::atomic<ILogger*> currentLogger{nullptr};
@@ -28,13 +30,24 @@ NopLogger& nopLogger()
 
 std::wstring withNamedValues(std::wstring_view message, std::span<const LogValue> values)
 {
-    std::wstring text(message);
+    std::wstring text;
+    std::size_t size = message.size();
+    for (const LogValue& value : values) size += value.text().size() + kPunctuation;
+    text.reserve(size);
+    text += message;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const bool isKey = i % 2 == 0;
         text += i == 0 ? L" " : isKey ? L", " : L"=";
         appendQuoted(values[i].text(), text);
     }
     return text;
+}
+
+/// Of a path as the compiler gives it.
+std::wstring fileName(const char* path)
+{
+    const std::string_view view(path);
+    return toWide(view.substr(view.rfind('/') + 1));  // npos + 1 is 0
 }
 
 }  // namespace
@@ -86,10 +99,8 @@ void writeLogRecord(const std::wstring& level, const LogPlace& place, std::wstri
                     std::span<const LogValue> values)
 {
     try {
-        // Source file names are ASCII.
-        const std::wstring file(place.file, place.file + std::strlen(place.file));
-        getLogger().log(level, place.className, file.c_str(), place.line, place.func,
-                        withNamedValues(message, values));
+        getLogger().log(level, place.className, fileName(place.file).c_str(), place.line,
+                        place.func, withNamedValues(message, values));
     } catch (const std::bad_alloc&) {
         // The record is lost; a failing log stops nothing.
     }

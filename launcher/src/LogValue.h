@@ -16,8 +16,11 @@ public:
     explicit LogValue(bool value) : view_(value ? L"true" : L"false") {}
     /// Decimal digits.
     template <typename Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
-    explicit LogValue(Integer value) : owned_(std::to_wstring(value)), view_(owned_)
+    explicit LogValue(Integer value)
     {
+        const std::string digits = std::to_string(value);
+        owned_.assign(digits.begin(), digits.end());
+        view_ = owned_;
     }
     /// The texts joined with ';'.
     explicit LogValue(const std::vector<std::wstring>& list);

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <regex>
@@ -121,6 +122,25 @@ TEST_F(LogTest, BeginsALineOfItsOwnAfterOneThatWasCut)
     const std::string text = readText(dir_ / "app.log");
     EXPECT_NE(text.find("=after\n"), std::string::npos) << text;
     EXPECT_EQ(text.rfind(",SYSTEM,") - text.rfind('\n', text.size() - 2), 1 + 23) << text;
+}
+
+TEST_F(LogTest, NamesTheThreadOfAForkedChild)
+{
+    LinuxFileLogger log(file_, 1);
+    const auto write = [&] { log.log(kLevelInfo, L"C", L"f", 1, L"f", L"here"); };
+    write();
+    log.flush();
+    const pid_t child = fork();
+    if (child == 0) {
+        write();
+        log.flush();
+        _exit(0);
+    }
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    const std::string text = readText(dir_ / "app.log");
+    for (const pid_t thread : {gettid(), child}) {
+        EXPECT_NE(text.find(",tid=" + std::to_string(thread) + ","), text.npos) << text;
+    }
 }
 
 TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
