@@ -11,11 +11,12 @@ namespace {
 void checkLines(std::string_view content)
 {
     std::wstring joined;
-    for (const std::wstring& line : splitLines(content)) {
-        check(!line.empty(), "no line is empty");
-        joined += line;
+    TextLines lines(content);
+    while (const auto line = lines.next()) {
+        check(!line->empty(), "no line is empty");
+        joined += *line;
     }
-    std::wstring text = toWide(std::string(content));
+    std::wstring text = toWide(content);
     std::erase_if(text, [](wchar_t c) { return c == L'\r' || c == L'\n'; });
     check(joined == text, "the lines are the text without its line breaks");
 }

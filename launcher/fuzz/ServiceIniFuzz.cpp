@@ -29,8 +29,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::wstring home;
     std::vector<std::wstring> options;
-    for (const std::wstring& line : splitLines(asText(data, size))) {
-        const std::wstring_view entry = trimmed(line);
+    TextLines lines(asText(data, size));
+    while (const auto line = lines.next()) {
+        const std::wstring_view entry = trimmed(*line);
         if (entry.starts_with(kHome)) home = trimmed(entry.substr(kHome.size()));
         if (entry.starts_with(kOption)) options.emplace_back(entry.substr(kOption.size()));
     }

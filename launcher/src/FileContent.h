@@ -3,6 +3,7 @@
 // terminated string. Owns its buffer; immutable for its readers.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -12,10 +13,13 @@
 
 class FileContent final {
 public:
-    /// A zeroed buffer for `size` bytes of the file at `path`.
+    /// A buffer for `size` bytes of the file at `path`, which its reader fills.
     FileContent(std::wstring path, std::uint32_t size)
-        : path_(std::move(path)), size_(size), data_(std::make_unique<char[]>(size + kTail))
+        : path_(std::move(path)),
+          size_(size),
+          data_(std::make_unique_for_overwrite<char[]>(size + kTail))
     {
+        std::fill_n(data_.get() + size, kTail, '\0');
     }
 
     [[nodiscard]] char* data() { return data_.get(); }

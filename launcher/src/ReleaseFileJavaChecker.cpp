@@ -1,7 +1,6 @@
 #include "ReleaseFileJavaChecker.h"
 
 #include <string_view>
-#include <vector>
 
 #include "FileContent.h"
 #include "IFileUtils.h"
@@ -16,7 +15,7 @@ constexpr std::wstring_view kArchKey = L"OS_ARCH=";
 constexpr std::wstring_view kVersionKey = L"JAVA_VERSION=";
 
 /// True when the line begins with `key` and holds it only there.
-bool hasKey(const std::wstring& line, std::wstring_view key)
+bool hasKey(std::wstring_view line, std::wstring_view key)
 {
     return line.starts_with(key) && line.rfind(key) == 0;
 }
@@ -29,17 +28,18 @@ std::int32_t featureVersion(std::wstring_view value)
     return parseJavaVersion(value).value_or(-1);
 }
 
-bool suits(const std::vector<std::wstring>& lines, std::int32_t minimalJavaVersion)
+bool suits(std::string_view releaseFile, std::int32_t minimalJavaVersion)
 {
     bool archSeen = false;
     bool versionSeen = false;
-    for (const std::wstring& line : lines) {
-        if (hasKey(line, kArchKey)) {
+    TextLines lines(releaseFile);
+    while (const auto line = lines.next()) {
+        if (hasKey(*line, kArchKey)) {
             archSeen = true;
-            if (line.find(L"64") == std::wstring::npos) return false;
-        } else if (hasKey(line, kVersionKey)) {
+            if (line->find(L"64") == std::wstring_view::npos) return false;
+        } else if (hasKey(*line, kVersionKey)) {
             versionSeen = true;
-            const std::wstring value = line.substr(kVersionKey.size());
+            const std::wstring_view value = line->substr(kVersionKey.size());
             if (minimalJavaVersion > featureVersion(value)) return false;
         }
     }
@@ -54,7 +54,7 @@ bool ReleaseFileJavaChecker::check(const std::wstring& javaHome,
     const std::wstring file = javaHome + L"/release";
     try {
         if (!fileUtils_.fileExists(file)) return false;
-        return suits(splitLines(fileUtils_.readFile(file)->view()), minimalJavaVersion);
+        return suits(fileUtils_.readFile(file)->view(), minimalJavaVersion);
     } catch (const LauncherException& e) {
         logWarn({L"ReleaseFileJavaChecker", L"check"}, L"Cannot read release file", L"exception",
                 e.message());

@@ -62,9 +62,9 @@ void ServiceInstanceParameters::readFile()
 {
     const IFileUtils& files = getOsUtilsFactory().getFileUtils();
     if (!files.fileExists(fileName_)) return;
-    for (const std::wstring_view line : splitLines(files.readFile(fileName_)->view())) {
-        interpret(trim(line, kBlanks));
-    }
+    const std::shared_ptr<FileContent> content = files.readFile(fileName_);
+    TextLines lines(content->view());
+    while (const auto line = lines.next()) interpret(trim(*line, kBlanks));
     fileRead_ = true;
 }
 

@@ -1,18 +1,19 @@
 #include "TextLines.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "TextConversion.h"
 
-std::vector<std::wstring> splitLines(std::string_view content)
+std::optional<std::wstring_view> TextLines::next()
 {
-    std::string bytes(content);
-    std::replace(bytes.begin(), bytes.end(), '\r', '\n');
-    std::wistringstream text(toWide(bytes));
-    std::vector<std::wstring> lines;
-    for (std::wstring line; std::getline(text, line);) {
-        if (!line.empty()) lines.push_back(line);
-    }
-    return lines;
+    const auto endsLine = [](char c) { return c == '\n' || c == '\r'; };
+    rest_ = {std::find_if_not(rest_.begin(), rest_.end(), endsLine), rest_.end()};
+    if (rest_.empty()) return std::nullopt;
+
+    const std::string_view line(rest_.begin(), std::find_if(rest_.begin(), rest_.end(), endsLine));
+    line_.clear();
+    const bool isWhole = appendWide(line, line_);
+    rest_ = isWhole ? rest_.substr(line.size()) : "";
+    if (line_.empty()) return std::nullopt;
+    return line_;
 }

@@ -1,12 +1,22 @@
-// TextLines: how the text files that users and Java installations provide are
-// split into lines.
+// TextLines: the lines of a text file that users or Java installations provide,
+// one after the other.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-/// The lines of `content` (UTF-8) without their ends and without empty ones.
-/// LF, CR and CRLF all end a line. The text ends at the first NUL or invalid
-/// sequence.
-[[nodiscard]] std::vector<std::wstring> splitLines(std::string_view content);
+class TextLines final {
+public:
+    /// `content` is UTF-8 and must outlive the object. LF, CR and CRLF all end
+    /// a line. The text ends at the first NUL or invalid sequence.
+    explicit TextLines(std::string_view content) : rest_(content) {}
+
+    /// The next line without its end, valid until the next call; empty ones are
+    /// left out. Nothing at the end.
+    [[nodiscard]] std::optional<std::wstring_view> next();
+
+private:
+    std::string_view rest_;
+    std::wstring line_;
+};
