@@ -1,5 +1,6 @@
 #include "VariableExpansion.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -20,36 +21,45 @@ bool holds(std::wstring_view text, std::wstring_view part)
     return text.find(part) != std::wstring_view::npos;
 }
 
-std::wstring reversed(std::wstring_view text)
+/// How many characters at the end of `value` are the front of `variable`.
+std::size_t begunAtEnd(std::wstring_view value, std::wstring_view variable)
 {
-    return {text.rbegin(), text.rend()};
+    std::size_t size = std::min(value.size(), variable.size() - 1);
+    while (!value.ends_with(variable.substr(0, size))) --size;
+    return size;
 }
 
 /// `text` with `value` for every `variable`, also for one that the end of a
 /// value forms with the text behind it. `value` does not hold `variable`, so
-/// each replacement takes something of the text and the loop ends.
-std::wstring replaceAll(const std::wstring& text, std::wstring_view variable,
-                        std::wstring_view value)
+/// each replacement takes something of the text and the loops end.
+std::wstring replaceAll(std::wstring_view text, std::wstring_view variable, std::wstring_view value)
 {
-    const std::wstring variableBackwards = reversed(variable);
-    const std::wstring valueBackwards = reversed(value);
+    const std::size_t begun = begunAtEnd(value, variable);
     std::wstring done;
-    std::wstring ahead = reversed(text);  // backwards, so that its front is cheap to replace
-    while (!ahead.empty()) {
-        if (ahead.ends_with(variableBackwards)) {
-            ahead.resize(ahead.size() - variable.size());
-            ahead += valueBackwards;
-        } else {
-            done += ahead.back();
-            ahead.pop_back();
+    done.reserve(text.size() + value.size());  // one is the most common
+    for (;;) {
+        const std::size_t position = text.find(variable);
+        done += text.substr(0, position);
+        if (position == std::wstring_view::npos) return done;
+        text.remove_prefix(position + variable.size());
+        done += value;
+        while (begun > 0 && text.starts_with(variable.substr(begun))) {
+            text.remove_prefix(variable.size() - begun);
+            done.resize(done.size() - begun);
+            done += value;
         }
     }
-    return done;
 }
 
 }  // namespace
 
-std::wstring expandVariables(const ExpansionContext& context, const std::wstring& text)
+std::wstring ownProcessId()
+{
+    const long pid = getOsUtilsFactory().getProcessUtils().getCurrentProcessId();
+    return toWString(pid);
+}
+
+std::wstring expandVariables(const ExpansionContext& context, std::wstring text)
 {
     if (!holds(text, L"${")) return text;
     if (context.instanceRoot.empty() && holds(text, kInstanceRoot)) {
@@ -57,21 +67,19 @@ std::wstring expandVariables(const ExpansionContext& context, const std::wstring
             exit_code::kConfiguration,
             formatMessage(IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI, context.fileName, text));
     }
-    const long pid = getOsUtilsFactory().getProcessUtils().getCurrentProcessId();
-    const std::pair<const wchar_t*, std::wstring> variables[] = {
+    const std::pair<const wchar_t*, std::wstring_view> variables[] = {
         {kInstanceRoot, context.instanceRoot},           {L"${env.path}", context.path},
-        {L"${launcher.dir}", context.launcherDirectory}, {L"${launcher.pid}", toWString(pid)},
+        {L"${launcher.dir}", context.launcherDirectory}, {L"${launcher.pid}", context.processId},
         {L"${launcher.version}", kLauncherVersion},      {L"${launcher.arch}", L"x86-64"},
     };
-    std::wstring expanded = text;
     for (const auto& [variable, value] : variables) {
-        if (!holds(expanded, variable)) continue;
+        if (!holds(text, variable)) continue;
         if (holds(value, variable)) {
-            throw LauncherException(
-                exit_code::kConfiguration,
-                formatMessage(IDS_FILE_VARIABLE_HOLDS_ITSELF, context.fileName, variable, value));
+            throw LauncherException(exit_code::kConfiguration,
+                                    formatMessage(IDS_FILE_VARIABLE_HOLDS_ITSELF, context.fileName,
+                                                  variable, std::wstring(value)));
         }
-        expanded = replaceAll(expanded, variable, value);
+        text = replaceAll(text, variable, value);
     }
-    return expanded;
+    return text;
 }
