@@ -80,6 +80,14 @@ std::wstring valueOf(const YamlNode& node, const ExpansionContext& context)
     return expandVariables(context, rawValueOf(node));
 }
 
+/// Items of a list from `entry` on.
+std::size_t countItems(const YamlNode* entry)
+{
+    std::size_t count = 0;
+    for (; entry && entry->kind() == Kind::SequenceItem; entry = entry->next()) ++count;
+    return count;
+}
+
 /// Appends the items of a list, which stand behind its key at the key's own
 /// indentation, to `items`. Gives the entry to go on with. Behind an empty list
 /// the next entry is skipped unread; required.
@@ -88,6 +96,7 @@ const YamlNode* readList(const YamlNode& key, const ExpansionContext& context,
 {
     const YamlNode* entry = key.next();
     if (entry && entry->kind() == Kind::KeyValue) return entry->next();
+    if (items.empty()) items.reserve(countItems(entry));
     for (; entry && entry->kind() != Kind::KeyValue; entry = entry->next()) {
         if (entry->kind() == Kind::Comment) raiseWrongStructure(context);
         items.push_back(valueOf(*entry, context));
@@ -193,10 +202,10 @@ void LauncherConfig::load(const std::wstring& directory, const std::wstring& ins
 {
     IOsUtilsFactory& os = getOsUtilsFactory();
     const std::shared_ptr<FileContent> content = os.getFileUtils().readFile(fileName_);
-    const std::unique_ptr<YamlNode> top = parseYaml(content->view());
+    const YamlTree tree = parseYaml(content->view());
     const ExpansionContext context{instanceRoot, directory, fileName_,
                                    os.getProcessUtils().getEnvironmentVariable(L"PATH")};
-    interpret(top.get(), context);
+    interpret(tree.first(), context);
     fileRead_ = true;
 }
 

@@ -1,5 +1,6 @@
 #include "YamlReader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -15,9 +16,20 @@ bool isLineBreak(char byte)
     return byte == '\r' || byte == '\n';
 }
 
+/// True for most bytes, and for none that ends a key or a value.
+bool isText(char byte)
+{
+    return static_cast<unsigned char>(byte) > '#';
+}
+
+bool isCommentByte(char byte)
+{
+    return isText(byte) || (byte != '\0' && !isLineBreak(byte));
+}
+
 bool isValueByte(char byte)
 {
-    return byte != '\0' && byte != '#' && !isLineBreak(byte);
+    return isText(byte) || (isCommentByte(byte) && byte != '#');
 }
 
 /// One pass over a text, up to a NUL, of which any number stand behind it.
@@ -25,14 +37,13 @@ class Reader final {
 public:
     explicit Reader(std::string_view text) : text_(text) { levels_.push_back({0, &root_}); }
 
-    std::unique_ptr<YamlNode> read()
+    YamlTree read()
     {
         for (;;) {
             const std::size_t indent = skipBlankLinesAndIndentation();
-            if (current() == '\0') return root_.takeChildren();
-            std::unique_ptr<YamlNode> node = current() == '-' ? readSequenceItem() : readKeyLine();
-            node = readLineEnd(std::move(node));
-            place(std::move(node), indent);
+            if (current() == '\0') return std::move(tree_);
+            YamlNode* const node = current() == '-' ? readSequenceItem() : readKeyLine();
+            place(readLineEnd(node), indent);
         }
     }
 
@@ -62,14 +73,23 @@ private:
         return (current() == ' ' || isLineBreak(current())) && at(position_ - 1) == ':';
     }
 
+    template <typename Predicate>
+    void skipWhile(Predicate predicate)
+    {
+        const auto here = text_.begin() + static_cast<std::ptrdiff_t>(position_);
+        const auto end = std::find_if_not(here, text_.end(), predicate);
+        position_ += static_cast<std::size_t>(end - here);
+    }
     void skipKey()
     {
-        while (isValueByte(current()) && !isAtSeparator()) ++position_;
+        const auto isSolid = [](char byte) {
+            return isText(byte) || (isValueByte(byte) && byte != ' ');
+        };
+        for (skipWhile(isSolid); current() == ' ' && !isAtSeparator(); skipWhile(isSolid)) {
+            ++position_;
+        }
     }
-    void skipValue()
-    {
-        while (isValueByte(current())) ++position_;
-    }
+    void skipValue() { skipWhile(isValueByte); }
     [[nodiscard]] std::string_view from(std::size_t start) const
     {
         return text_.substr(start, position_ - start);
@@ -95,64 +115,64 @@ private:
         return indent;
     }
 
-    std::unique_ptr<YamlNode> readSequenceItem()
+    YamlNode* readSequenceItem()
     {
         if (isAtMarker("---")) raise(IDS_YAML_MULTIPLE_DOCS);
         if (at(position_ + 1) != ' ') raise(IDS_YAML_WRONG_STRUCTURE);
-        auto node = std::make_unique<YamlNode>(YamlNode::Kind::SequenceItem);
+        YamlNode& node = tree_.add(YamlNode::Kind::SequenceItem);
         std::size_t start = ++position_;  // the blank, which is part of what follows
         ++position_;
         skipKey();
         if (isAtSeparator()) {
-            node->setKey(text_.substr(start, position_ - 1 - start));
+            node.setKey(text_.substr(start, position_ - 1 - start));
             start = position_++;  // also when it is a line break, which then begins the value
             skipValue();
         }
-        node->setValue(from(start));
-        return node;
+        node.setValue(from(start));
+        return &node;
     }
 
     /// Null at a comment.
-    std::unique_ptr<YamlNode> readKeyLine()
+    YamlNode* readKeyLine()
     {
         if (isAtMarker("...")) raise(IDS_YAML_MULTIPLE_DOCS);
         if (current() == '#') return nullptr;
-        auto node = std::make_unique<YamlNode>(YamlNode::Kind::KeyValue);
+        YamlNode& node = tree_.add(YamlNode::Kind::KeyValue);
         const std::size_t keyStart = position_++;  // whatever it is, a line break, too
         skipKey();
         if (!isAtSeparator()) raise(IDS_YAML_KEY_EXPECTED);
-        node->setKey(text_.substr(keyStart, position_ - 1 - keyStart));
-        if (current() != ' ') return node;
+        node.setKey(text_.substr(keyStart, position_ - 1 - keyStart));
+        if (current() != ' ') return &node;
 
         while (current() == ' ' || current() == '\t') ++position_;
         const std::size_t valueStart = position_;
         if (current() != '\0') ++position_;  // any first byte, a line break, too
         skipValue();
-        node->setValue(from(valueStart));
-        return node;
+        node.setValue(from(valueStart));
+        return &node;
     }
 
     /// Takes the line break and a comment before it. Gives `node`, or the
     /// comment when there is none.
-    std::unique_ptr<YamlNode> readLineEnd(std::unique_ptr<YamlNode> node)
+    YamlNode* readLineEnd(YamlNode* node)
     {
         if (isAtLineBreakPair()) ++position_;
         if (current() == '\0') return node;
         if (text_[position_++] != '#') return node;
 
-        auto comment = std::make_unique<YamlNode>(YamlNode::Kind::Comment);
+        YamlNode& comment = tree_.add(YamlNode::Kind::Comment);
         const std::size_t start = position_;
-        while (current() != '\0' && !isLineBreak(current())) ++position_;
-        comment->setValue(from(start));
+        skipWhile(isCommentByte);
+        comment.setValue(from(start));
         if (current() != '\0') ++position_;
-        if (!node) return comment;
-        node->append(std::move(comment));
+        if (!node) return &comment;
+        node->append(&comment);
         return node;
     }
 
     /// Deeper than before: below the last node. Less deep: where that
     /// indentation was opened.
-    void place(std::unique_ptr<YamlNode> node, std::size_t indent)
+    void place(YamlNode* node, std::size_t indent)
     {
         if (indent > levels_.back().indent) {
             YamlNode* const parent = levels_.back().parent->lastChild();
@@ -161,18 +181,19 @@ private:
         }
         while (indent < levels_.back().indent) levels_.pop_back();
         if (indent != levels_.back().indent) raise(IDS_YAML_WRONG_INDENT);
-        levels_.back().parent->append(std::move(node));
+        levels_.back().parent->append(node);
     }
 
     std::string_view text_;
     std::size_t position_ = 0;
+    YamlTree tree_;
     YamlNode root_{YamlNode::Kind::KeyValue};  ///< parent of the top level
     std::vector<Level> levels_;                ///< indentations grow upwards from 0
 };
 
 }  // namespace
 
-std::unique_ptr<YamlNode> parseYaml(std::string_view text)
+YamlTree parseYaml(std::string_view text)
 {
     return Reader(text).read();
 }

@@ -4,13 +4,11 @@
 // escapes, flow collections, anchors, tags or types.
 #pragma once
 
-#include <memory>
 #include <string_view>
 
-#include "YamlNode.h"
+#include "YamlTree.h"
 
-/// The first top-level node of `text`, the others being its siblings; null for
-/// an empty text. The text ends at its first NUL and must outlive the nodes.
+/// The nodes of `text`, which ends at its first NUL and must outlive them.
 /// Comments are nodes like any other and take part in the indentation. Takes
 /// time and memory in proportion to the text, and no stack that grows with it.
 ///
@@ -26,4 +24,4 @@
 /// Throws LauncherException (code 2) with the offset in bytes:
 /// IDS_YAML_MULTIPLE_DOCS, IDS_YAML_WRONG_STRUCTURE, IDS_YAML_KEY_EXPECTED,
 /// IDS_YAML_WRONG_INDENT.
-[[nodiscard]] std::unique_ptr<YamlNode> parseYaml(std::string_view text);
+[[nodiscard]] YamlTree parseYaml(std::string_view text);
