@@ -23,6 +23,14 @@ std::string atMost(double number, int decimals, const std::string& unit = "")
     return "≤ " + numberText(number, decimals, unit);
 }
 
+/// Of figures that are to be `limit` at most.
+Verdict judge(const Samples& figures, double limit)
+{
+    const Estimate estimate = estimateOf(figures);
+    if (estimate.median <= limit) return Verdict::Yes;
+    return estimate.low <= limit ? Verdict::WithinNoise : Verdict::No;
+}
+
 /// Two that are compared by a number of the same kind.
 struct Comparison {
     std::string measure;
@@ -49,11 +57,11 @@ Row ratioRow(const Comparison& compared, const Samples* again, double goal)
 {
     Row row = rowOf(compared);
     const Samples paired = ratios(compared.launcher, compared.other);
-    row.result = spreadText(paired, 2);
-    if (again) row.noise = spreadText(ratios(*again, compared.other), 2);
+    row.result = estimateText(paired, 2);
+    if (again) row.noise = estimateText(ratios(*again, compared.other), 2);
     if (goal != 0) {
         row.goal = atMost(goal, 2);
-        row.reached = medianOf(paired) <= goal;
+        row.verdict = judge(paired, goal);
     }
     return row;
 }
@@ -62,11 +70,11 @@ Row differenceRow(const Comparison& compared, const Samples* again, double goal)
 {
     Row row = rowOf(compared);
     const Samples paired = differences(compared.launcher, compared.other);
-    row.result = spreadText(paired, 2, compared.unit);
-    if (again) row.noise = spreadText(differences(*again, compared.other), 2, compared.unit);
+    row.result = estimateText(paired, 2, compared.unit);
+    if (again) row.noise = estimateText(differences(*again, compared.other), 2, compared.unit);
     if (goal != 0) {
         row.goal = atMost(goal, 1, compared.unit);
-        row.reached = medianOf(paired) <= goal;
+        row.verdict = judge(paired, goal);
     }
     return row;
 }
@@ -75,10 +83,9 @@ Row differenceRow(const Comparison& compared, const Samples* again, double goal)
 Row speedRow(const Comparison& compared, double goal)
 {
     Row row = rowOf(compared);
-    const Samples paired = ratios(compared.other, compared.launcher);
-    row.result = spreadText(paired, 2) + " times faster";
+    row.result = estimateText(ratios(compared.other, compared.launcher), 2) + " times faster";
     row.goal = "≥ " + numberText(goal, 1);
-    row.reached = medianOf(paired) >= goal;
+    row.verdict = judge(ratios(compared.launcher, compared.other), 1 / goal);
     return row;
 }
 
@@ -122,9 +129,9 @@ Row figureRow(const std::string& measure, const Samples& samples, int decimals,
     Row row;
     row.measure = measure;
     row.launcher = numberText(medianOf(samples), decimals, unit);
-    row.result = spreadText(samples, decimals, unit);
+    row.result = estimateText(samples, decimals, unit);
     row.goal = atMost(goal, 0, unit);
-    row.reached = medianOf(samples) <= goal;
+    row.verdict = judge(samples, goal);
     return row;
 }
 
@@ -148,8 +155,9 @@ void addLaunches(const LaunchResults& results, Table& table)
                         results.java.entryMillis, "ms", 1},
                        nullptr, kMaxJavaRatio));
     if (!results.jsvc.entryMillis.empty()) {
-        table.add(speedRow({"exec to Java method" + jdk, launcher.entryMillis, "`jsvc`",
-                            results.jsvc.entryMillis, "ms", 1},
+        const std::string floorText = numberText(medianOf(floor.entryMillis), 1, "ms");
+        table.add(speedRow({"exec to Java method" + jdk, launcher.entryMillis,
+                            "`jsvc` (floor " + floorText + ")", results.jsvc.entryMillis, "ms", 1},
                            kMinJsvcRatio));
     }
     table.add(differenceRow(
@@ -179,8 +187,8 @@ void addStops(const StopResults& results, Table& table)
     const double limit = kMaxStopDelayMillis + medianOf(results.syncMillis);
     withLog.goal = atMost(kMaxStopDelayMillis, 1, "ms") + " and a sync, " +
                    numberText(medianOf(results.syncMillis), 1, "ms");
-    withLog.reached =
-        medianOf(differences(results.launcherWithLog.stopMillis, floor.stopMillis)) <= limit;
+    withLog.verdict =
+        judge(differences(results.launcherWithLog.stopMillis, floor.stopMillis), limit);
     table.add(withLog);
 }
 
@@ -192,7 +200,7 @@ void addIdle(const IdleResult& result, Table& table)
                    std::to_string(result.threads) + " threads";
     row.result = row.launcher;
     row.goal = atMost(kMaxWakeUps, 0);
-    row.reached = result.wakeUpsPerMinute <= kMaxWakeUps;
+    row.verdict = result.wakeUpsPerMinute <= kMaxWakeUps ? Verdict::Yes : Verdict::No;
     table.add(row);
 }
 

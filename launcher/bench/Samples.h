@@ -6,13 +6,13 @@
 
 using Samples = std::vector<double>;
 
-/// The middle of the samples and the quarters around it.
-struct Spread {
+/// The median, and the interval that holds the true one in 95 of 100 cases.
+struct Estimate {
     double low, median, high;
 };
 
-/// Requires samples.
-[[nodiscard]] Spread spreadOf(Samples samples);
+/// Requires samples. Few samples give the lowest and the highest as interval.
+[[nodiscard]] Estimate estimateOf(Samples samples);
 [[nodiscard]] double medianOf(const Samples& samples);
 /// Round by round; both have the same rounds.
 [[nodiscard]] Samples ratios(const Samples& samples, const Samples& others);
@@ -20,6 +20,6 @@ struct Spread {
 
 /// With so many decimals and a unit behind it.
 [[nodiscard]] std::string numberText(double number, int decimals, const std::string& unit = "");
-/// The median, and the quarters in parentheses.
-[[nodiscard]] std::string spreadText(const Samples& samples, int decimals,
-                                     const std::string& unit = "");
+/// The median, and its interval in parentheses.
+[[nodiscard]] std::string estimateText(const Samples& samples, int decimals,
+                                       const std::string& unit = "");

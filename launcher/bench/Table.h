@@ -5,14 +5,22 @@
 #include <string>
 #include <vector>
 
+/// Whether a goal is reached.
+enum class Verdict {
+    None,         ///< there is no goal
+    Yes,          ///< by the median
+    WithinNoise,  ///< not by the median, but that may be by chance
+    No,
+};
+
 struct Row {
     std::string measure;   ///< what is measured, and the JDK
     std::string launcher;  ///< the launcher's own figure
     std::string other;     ///< that of what it is compared with, and its name
-    std::string result;    ///< ratio or difference
+    std::string result;    ///< ratio or difference, with the interval of its median
     std::string noise;     ///< the same of the other against itself
     std::string goal;      ///< empty for a row that is only shown
-    bool reached = false;  ///< for a row with a goal
+    Verdict verdict = Verdict::None;
 };
 
 class Table final {

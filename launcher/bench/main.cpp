@@ -5,8 +5,9 @@
 //
 // JSVC may be empty; MICRO is the CSV file that launcher_microbench has
 // written, MEMORY an empty directory of a file system in memory. Every host runs
-// ROUNDS times, the steadier ones less often. PART is one of launches, stops, idle, commands and
-// micro. Ends with 0 also when goals are missed, which the table tells.
+// ROUNDS times, the steadier ones less often. PART is one of launches, stops,
+// idle, commands and micro. Ends with 0 also when goals are missed, which the
+// table tells.
 
 #include <algorithm>
 #include <chrono>
