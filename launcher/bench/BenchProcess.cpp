@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -72,8 +73,9 @@ double monotonicMillis()
     return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
 }
 
-void endMeasuredProcessOnInterrupt()
+void prepareForMeasuring()
 {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, onInterrupt);
 }
 
@@ -106,7 +108,9 @@ BenchProcess::~BenchProcess()
 {
     if (pid_ == 0) return;
     kill(-pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
+    // What still ends would take its time from the next measurement.
+    while (waitpid(-pid_, nullptr, 0) > 0) {
+    }
     measuredGroup = 0;
 }
 

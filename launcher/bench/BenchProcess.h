@@ -20,8 +20,9 @@ struct ProcessCost {
 /// The system's monotonic clock.
 [[nodiscard]] double monotonicMillis();
 
-/// From now on SIGINT, SIGTERM and SIGHUP also end what is being measured.
-void endMeasuredProcessOnInterrupt();
+/// Once, at first: adopts what measured processes leave, so that it can be waited
+/// for, and lets SIGINT, SIGTERM and SIGHUP end what is being measured, too.
+void prepareForMeasuring();
 
 class BenchProcess final {
 public:

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <random>
 #include <ratio>
 #include <stdexcept>
 #include <thread>
@@ -20,13 +21,14 @@ using Step = std::function<void()>;
 
 /// After the entry into the Java method: until the JVM has come to rest.
 constexpr std::chrono::milliseconds kSettling{200};
+constexpr unsigned kSeed = 1;
 constexpr std::size_t kLogSize = 4096;
 
-/// Runs all steps, beginning with another one in each round.
-void runRound(std::vector<Step>& steps, int round)
+/// Runs all steps, in an order of its own in each round: what ran just before
+/// leaves its traces.
+void runRound(std::vector<Step>& steps, std::mt19937& random)
 {
-    const auto first = static_cast<std::ptrdiff_t>(static_cast<std::size_t>(round) % steps.size());
-    std::rotate(steps.begin(), steps.begin() + first, steps.end());
+    std::shuffle(steps.begin(), steps.end(), random);
     for (const Step& step : steps) step();
 }
 
@@ -119,6 +121,7 @@ WakeUps countWakeUps(const BenchProcess& process)
 std::vector<LaunchResults> measureLaunches(const Hosts& hosts, const std::vector<Setting>& settings,
                                            int rounds)
 {
+    std::mt19937 random(kSeed);
     std::vector<LaunchResults> all(settings.size());
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < settings.size(); ++i) {
@@ -140,7 +143,7 @@ std::vector<LaunchResults> measureLaunches(const Hosts& hosts, const std::vector
             if (hosts.hasJsvc()) {
                 steps.emplace_back([&] { launchJsvc(hosts, hosts.jsvc(setting), results.jsvc); });
             }
-            runRound(steps, round);
+            runRound(steps, random);
         }
     }
     return all;
@@ -149,6 +152,7 @@ std::vector<LaunchResults> measureLaunches(const Hosts& hosts, const std::vector
 std::vector<StopResults> measureStops(const Hosts& hosts, const std::vector<Setting>& settings,
                                       int rounds)
 {
+    std::mt19937 random(kSeed);
     std::vector<StopResults> all(settings.size());
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < settings.size(); ++i) {
@@ -164,7 +168,7 @@ std::vector<StopResults> measureStops(const Hosts& hosts, const std::vector<Sett
                      results.launcherWithLog),
                 step(hosts.floor(setting, Service::Waits), results.floorAgain),
             };
-            runRound(steps, round);
+            runRound(steps, random);
             results.syncMillis.push_back(measureSync(hosts));
         }
     }

@@ -1,5 +1,5 @@
 // ServiceBench: services in a JVM, under the launcher and under other hosts, in
-// rounds in which every host runs once, each round beginning with another one.
+// rounds in which every host runs once, in an order drawn for each.
 #pragma once
 
 #include <chrono>

@@ -88,7 +88,7 @@ void measure(const std::string& part, const Hosts& hosts, const std::string& mic
 
 int main(int argc, char** argv)
 {
-    endMeasuredProcessOnInterrupt();
+    prepareForMeasuring();
     try {
         if (argc < 7) throw std::invalid_argument("takes at least 6 arguments");
         const ScopedTempDir disk;
