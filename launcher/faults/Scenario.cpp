@@ -21,8 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds kPatience{20};
-// No ASCII: the launcher has to convert it, the "№" by iconv.
-constexpr char kPidFile[] = "служба№1.pid";
+// No ASCII: the launcher has to convert it, what is beyond U+FFFF by iconv.
+constexpr char kPidFile[] = "служба😀.pid";
 constexpr char kStalePid[] = "999999999";
 
 void addProblem(std::string& problem, const std::string& text)

@@ -97,48 +97,6 @@ std::basic_string_view<Character> upToNul(std::basic_string_view<Character> text
     return text.substr(0, text.find(Character{}));
 }
 
-// Most texts are ASCII or have characters of one byte and two. Those are
-// converted here, which takes a fraction of the time; iconv decides on the rest.
-
-/// Up to the first sequence that is longer or invalid.
-Progress decodeShortSequences(std::string_view text, wchar_t* output)
-{
-    wchar_t* out = output;
-    std::size_t i = 0;
-    while (i < text.size()) {
-        const auto first = static_cast<unsigned char>(text[i]);
-        if (first < 0x80) {
-            *out++ = first;
-            ++i;
-            continue;
-        }
-        const bool isLead = first >= 0xC2 && first <= 0xDF && i + 1 < text.size();
-        const unsigned next = isLead ? static_cast<unsigned char>(text[i + 1]) : 0U;
-        if ((next & 0xC0) != 0x80) break;
-        *out++ = static_cast<wchar_t>((first & 0x1FU) << 6 | (next & 0x3FU));
-        i += 2;
-    }
-    return {i, static_cast<std::size_t>(out - output)};
-}
-
-/// Up to the first character that takes more bytes.
-Progress encodeShortSequences(std::wstring_view text, char* output)
-{
-    char* out = output;
-    std::size_t i = 0;
-    for (; i < text.size(); ++i) {
-        const auto unit = static_cast<char32_t>(text[i]);
-        if (unit >= 0x800) break;
-        if (unit < 0x80) {
-            *out++ = static_cast<char>(unit);
-        } else {
-            *out++ = static_cast<char>(0xC0 | unit >> 6);
-            *out++ = static_cast<char>(0x80 | (unit & 0x3F));
-        }
-    }
-    return {i, static_cast<std::size_t>(out - output)};
-}
-
 bool isHighSurrogate(char32_t unit)
 {
     return unit >= 0xD800 && unit <= 0xDBFF;
@@ -219,6 +177,58 @@ Unit decodeCodePoint(std::string_view bytes)
         }
     }
     return {kReplacement, unit.size};
+}
+
+// What the Unicode code points up to U+FFFF are in UTF-8 is converted here, which
+// takes a fraction of the time; iconv decides on the rest.
+
+/// Up to the first sequence that is longer or invalid.
+Progress decodeShortSequences(std::string_view text, wchar_t* output)
+{
+    wchar_t* out = output;
+    std::size_t i = 0;
+    while (i < text.size()) {
+        const auto first = static_cast<unsigned char>(text[i]);
+        if (first < 0x80) {
+            *out++ = first;
+            ++i;
+            continue;
+        }
+        const unsigned next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0U;
+        if (first >= 0xC2 && first <= 0xDF && (next & 0xC0) == 0x80) {
+            *out++ = static_cast<wchar_t>((first & 0x1FU) << 6 | (next & 0x3FU));
+            i += 2;
+            continue;
+        }
+        const Unit unit = decodeUnit(text.substr(i));
+        if (unit.size != 3 || isSurrogate(unit.value)) break;
+        *out++ = static_cast<wchar_t>(unit.value);
+        i += unit.size;
+    }
+    return {i, static_cast<std::size_t>(out - output)};
+}
+
+/// Up to the first character that takes more bytes or has none.
+Progress encodeShortSequences(std::wstring_view text, char* output)
+{
+    char* out = output;
+    std::size_t i = 0;
+    for (; i < text.size(); ++i) {
+        const auto unit = static_cast<char32_t>(text[i]);
+        if (unit >= kFirstSupplementary || isSurrogate(unit)) break;
+        if (unit < 0x80) {
+            *out++ = static_cast<char>(unit);
+            continue;
+        }
+        if (unit < 0x800) {
+            *out++ = static_cast<char>(0xC0 | unit >> 6);
+        } else {
+            *out++ = static_cast<char>(0xE0 | unit >> 12);
+            *out++ = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
+        }
+        *out++ = static_cast<char>(0x80 | (unit & 0x3F));
+    }
+    return {i, static_cast<std::size_t>(out - output)};
 }
 
 template <typename Number>

@@ -1,5 +1,5 @@
-// YamlTree: owns the nodes of a launcher.yml, side by side in memory: there may
-// be millions.
+// YamlTree: owns the nodes of a launcher.yml, in blocks of memory: there may be
+// millions.
 #pragma once
 
 #include <deque>
