@@ -19,10 +19,11 @@ TEST(TextConversionTest, WritesTheBytesOfEachEncoding)
 TEST(TextConversionTest, CutsAtNulOrAtTheFirstThatIsNoCharacter)
 {
     const std::pair<std::string, std::wstring> toWideCases[] = {
-        {{"ab\0cd", 5}, L"ab"},
-        {{"\xC3\xA9\0\xFF", 4}, L"é"},
+        {{"ab\0cd", 5}, L"ab"},      {{"\xC3\xA9\0\xFF", 4}, L"é"},
         {"é\xC0\xAFsome", L"é"},      // overlong
+        {"é\xE0\x80\xAFsome", L"é"},  // the same
         {"é\xED\xA0\x80some", L"é"},  // surrogate
+        {"№😀é\xE2\x84", L"№😀é"},      // truncated
     };
     const std::pair<std::wstring, std::string> toUtf8Cases[] = {
         {{L"ab\0cd", 5}, "ab"},
