@@ -40,14 +40,6 @@ void launch(const Hosts& hosts, const Command& command, LaunchResults::Host& res
     results.cpuMillis.push_back(process.waitForEnd().cpuMillis);
 }
 
-/// It is killed: the status with which jsvc itself ends varies.
-void launchJsvc(const Hosts& hosts, const Command& command, LaunchResults::Host& results)
-{
-    hosts.tidyUp();
-    BenchProcess process(command, hosts.errors());
-    results.entryMillis.push_back(process.waitForEntry());
-}
-
 /// The number behind `key` in a status file of /proc; 0 without it.
 long readStatus(const std::filesystem::path& file, const std::string& key)
 {
@@ -61,6 +53,21 @@ long readStatus(const std::filesystem::path& file, const std::string& key)
 std::filesystem::path procDirectory(const BenchProcess& process)
 {
     return "/proc/" + std::to_string(process.pid());
+}
+
+/// It is killed: the status with which jsvc itself ends varies.
+void launchJsvc(const Hosts& hosts, const Command& command, LaunchResults::Host& results)
+{
+    hosts.tidyUp();
+    std::string child;  // the process with the JVM
+    {
+        BenchProcess process(command, hosts.errors());
+        results.entryMillis.push_back(process.waitForEntry());
+        const std::string pid = std::to_string(process.pid());
+        std::ifstream(procDirectory(process) / "task" / pid / "children") >> child;
+    }
+    // By this file it tells jsvc that the service is up.
+    std::filesystem::remove("/tmp/" + child + ".jsvc_up");
 }
 
 void stop(const Hosts& hosts, const Command& command, StopResults::Host& results)
