@@ -3,12 +3,15 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "LinuxFileLogger.h"
 #include "Log.h"
 #include "NopLogger.h"
 #include "ScopedTempDir.h"
+#include "TextConversion.h"
 
 /// ScopedLog: the process's log is a file for a scope; /dev/null, or one in a
 /// directory of its own.

@@ -24,12 +24,23 @@ constexpr std::chrono::milliseconds kSettling{200};
 constexpr unsigned kSeed = 1;
 constexpr std::size_t kLogSize = 4096;
 
-/// Runs all steps, in an order of its own in each round: what ran just before
-/// leaves its traces.
-void runRound(std::vector<Step>& steps, std::mt19937& random)
+/// In each round, for each setting, runs the steps that `stepsFor` gives for its
+/// results, in an order of its own: what ran just before leaves its traces.
+template <typename Results, typename StepsFor>
+std::vector<Results> measureRounds(const std::vector<Setting>& settings, int rounds,
+                                   StepsFor stepsFor)
 {
-    std::shuffle(steps.begin(), steps.end(), random);
-    for (const Step& step : steps) step();
+    std::mt19937 random(kSeed);
+    std::vector<Results> all(settings.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < settings.size(); ++i) {
+            all[i].setting = settings[i];
+            std::vector<Step> steps = stepsFor(all[i]);
+            std::shuffle(steps.begin(), steps.end(), random);
+            for (const Step& step : steps) step();
+        }
+    }
+    return all;
 }
 
 void launch(const Hosts& hosts, const Command& command, LaunchResults::Host& results)
@@ -128,58 +139,42 @@ WakeUps countWakeUps(const BenchProcess& process)
 std::vector<LaunchResults> measureLaunches(const Hosts& hosts, const std::vector<Setting>& settings,
                                            int rounds)
 {
-    std::mt19937 random(kSeed);
-    std::vector<LaunchResults> all(settings.size());
-    for (int round = 0; round < rounds; ++round) {
-        for (std::size_t i = 0; i < settings.size(); ++i) {
-            LaunchResults& results = all[i];
-            const Setting& setting = results.setting = settings[i];
-            const auto step = [&hosts](const Command& command, LaunchResults::Host& host) {
-                return [&hosts, command, &host] { launch(hosts, command, host); };
-            };
-            std::vector<Step> steps{
-                step(hosts.launcher(setting, Service::Returns, Files::InMemory), results.launcher),
-                step(hosts.floor(setting, Service::Returns), results.floor),
-                step(hosts.java(setting), results.java),
-                step(hosts.launcher(setting, Service::Returns, Files::OnDisk),
-                     results.launcherOnDisk),
-                step(hosts.launcher(setting, Service::Map, Files::InMemory),
-                     results.launcherWithMap),
-                step(hosts.floor(setting, Service::Returns), results.floorAgain),
-            };
-            if (hosts.hasJsvc()) {
-                steps.emplace_back([&] { launchJsvc(hosts, hosts.jsvc(setting), results.jsvc); });
-            }
-            runRound(steps, random);
+    return measureRounds<LaunchResults>(settings, rounds, [&hosts](LaunchResults& results) {
+        const Setting& setting = results.setting;
+        const auto step = [&hosts](const Command& command, LaunchResults::Host& host) {
+            return [&hosts, command, &host] { launch(hosts, command, host); };
+        };
+        std::vector<Step> steps{
+            step(hosts.launcher(setting, Service::Returns, Files::InMemory), results.launcher),
+            step(hosts.floor(setting, Service::Returns), results.floor),
+            step(hosts.java(setting), results.java),
+            step(hosts.launcher(setting, Service::Returns, Files::OnDisk), results.launcherOnDisk),
+            step(hosts.launcher(setting, Service::Map, Files::InMemory), results.launcherWithMap),
+            step(hosts.floor(setting, Service::Returns), results.floorAgain),
+        };
+        if (hosts.hasJsvc()) {
+            steps.emplace_back([&] { launchJsvc(hosts, hosts.jsvc(setting), results.jsvc); });
         }
-    }
-    return all;
+        return steps;
+    });
 }
 
 std::vector<StopResults> measureStops(const Hosts& hosts, const std::vector<Setting>& settings,
                                       int rounds)
 {
-    std::mt19937 random(kSeed);
-    std::vector<StopResults> all(settings.size());
-    for (int round = 0; round < rounds; ++round) {
-        for (std::size_t i = 0; i < settings.size(); ++i) {
-            StopResults& results = all[i];
-            const Setting& setting = results.setting = settings[i];
-            const auto step = [&hosts](const Command& command, StopResults::Host& host) {
-                return [&hosts, command, &host] { stop(hosts, command, host); };
-            };
-            std::vector<Step> steps{
-                step(hosts.launcher(setting, Service::Waits, Files::NoLog), results.launcher),
-                step(hosts.floor(setting, Service::Waits), results.floor),
-                step(hosts.launcher(setting, Service::Waits, Files::OnDisk),
-                     results.launcherWithLog),
-                step(hosts.floor(setting, Service::Waits), results.floorAgain),
-            };
-            runRound(steps, random);
-            results.syncMillis.push_back(measureSync(hosts));
-        }
-    }
-    return all;
+    return measureRounds<StopResults>(settings, rounds, [&hosts](StopResults& results) {
+        const Setting& setting = results.setting;
+        const auto step = [&hosts](const Command& command, StopResults::Host& host) {
+            return [&hosts, command, &host] { stop(hosts, command, host); };
+        };
+        return std::vector<Step>{
+            step(hosts.launcher(setting, Service::Waits, Files::NoLog), results.launcher),
+            step(hosts.floor(setting, Service::Waits), results.floor),
+            step(hosts.launcher(setting, Service::Waits, Files::OnDisk), results.launcherWithLog),
+            step(hosts.floor(setting, Service::Waits), results.floorAgain),
+            [&] { results.syncMillis.push_back(measureSync(hosts)); },
+        };
+    });
 }
 
 std::vector<IdleResult> measureIdle(const Hosts& hosts, const std::vector<Setting>& settings,

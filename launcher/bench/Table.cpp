@@ -35,8 +35,8 @@ std::string Table::toText() const
     return text;
 }
 
-int Table::missedGoals() const
+int Table::count(Verdict verdict) const
 {
     return static_cast<int>(std::count_if(
-        rows_.begin(), rows_.end(), [](const Row& row) { return row.verdict == Verdict::No; }));
+        rows_.begin(), rows_.end(), [verdict](const Row& row) { return row.verdict == verdict; }));
 }

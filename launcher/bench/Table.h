@@ -27,7 +27,8 @@ class Table final {
 public:
     void add(Row row) { rows_.push_back(std::move(row)); }
     [[nodiscard]] std::string toText() const;
-    [[nodiscard]] int missedGoals() const;
+    /// How many rows have that verdict.
+    [[nodiscard]] int count(Verdict verdict) const;
 
 private:
     std::vector<Row> rows_;

@@ -96,7 +96,8 @@ int main(int argc, char** argv)
                           argv[4], disk.path());
         Table table;
         for (int i = 6; i < argc; ++i) measure(argv[i], hosts, argv[3], std::stoi(argv[5]), table);
-        std::cout << table.toText() << "\nGoals missed: " << table.missedGoals() << std::endl;
+        std::cout << table.toText() << "\nGoals missed: " << table.count(Verdict::No)
+                  << ", within the noise: " << table.count(Verdict::WithinNoise) << std::endl;
         return 0;
     } catch (const std::exception& e) {
         std::cerr << "error: " << e.what() << '\n';
