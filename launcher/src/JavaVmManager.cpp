@@ -13,6 +13,7 @@
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
 #include "ISystemUtils.h"
+#include "IgnoredJvmOptions.h"
 #include "JavaStackSize.h"
 #include "JavaVersion.h"
 #include "JniClass.h"
@@ -56,6 +57,20 @@ const wchar_t* jniResultName(jint result)
 {
     logError({kClass, L"load"}, message, L"jvmLibPath", jvmLibPath, L"code", result);
     throw LauncherException(exitCode, message);
+}
+
+/// The options go into the log before the JVM sees them: some end the process
+/// there, and others it skips without a word.
+void logOptions(const std::vector<std::wstring>& options)
+{
+    IgnoredJvmOptions ignored;
+    for (const std::wstring& option : options) {
+        logInfo({kClass, L"load"}, L"JVM argument", L"JVM argument", option);
+        if (const auto advice = ignored.adviceOn(option)) {
+            logWarn({kClass, L"load"}, L"JVM argument has no effect", L"JVM argument", option,
+                    L"instead", *advice);
+        }
+    }
 }
 
 void flushLog()
@@ -329,10 +344,7 @@ void JavaVmManager::loadLibrary(const std::wstring& jvmLibPath, int flag)
 jint JavaVmManager::createJvm(const std::vector<std::wstring>& options, void* createFunction,
                               JNIEnv*& env)
 {
-    for (const std::wstring& option : options) {
-        logInfo({kClass, L"load"}, L"JVM argument", L"JVM argument", option);
-    }
-    // Some options end the process in there: the log must tell which.
+    logOptions(options);
     flushLog();
 
     JvmOptionArray optionArray(options);

@@ -55,6 +55,17 @@ TEST_P(JvmE2eTest, TheStackSizeIsThatOfTheOptions)
     EXPECT_GT(depth(" --jvmopt -XX:ThreadStackSize=65536"), 4 * usual);
 }
 
+TEST_P(JvmE2eTest, AnOptionThatTheJvmSkipsIsToldInTheLog)
+{
+    const std::string skipped =
+        " --jvmopt -jar --jvmopt no.jar --jvmopt --add-opens --jvmopt a/b=c";
+    EXPECT_EQ(service("start=report").args(skipped + " --jvmopt -Xmx64m").run().status, 0);
+    EXPECT_EQ(log().count("WARN JVM argument has no effect"), 2);
+    EXPECT_TRUE(
+        log().holds("WARN JVM argument has no effect JVM argument=--add-opens, "
+                    "instead='one word, --add-opens=VALUE'"));
+}
+
 TEST_P(JvmE2eTest, AStormOfSignalsIsHarmless)
 {
     const LauncherProcess launcher =
