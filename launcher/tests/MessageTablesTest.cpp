@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
 
 #include "LocalizationResource_Root.h"
 #include "LocalizationResource_Ru.h"
 #include "MessageIds.h"
+#include "ScopedTempDir.h"
 
 namespace {
 
@@ -35,6 +37,24 @@ TEST(MessageTablesTest, RussianSaysAllThatEnglishSaysAndTwoThingsMore)
         EXPECT_EQ(placeholders(text), placeholders(before)) << id;
         EXPECT_EQ(text.starts_with(' '), before.starts_with(' ')) << id;
         EXPECT_EQ(text.ends_with('.'), before.ends_with('.')) << id;
+    }
+}
+
+TEST(MessageTablesTest, TheDocumentsTellWhatToDoAboutEachText)
+{
+    // "<file>" there is "%ls" here; lines may break anywhere.
+    std::string document = std::regex_replace(readText(TROUBLESHOOTING), std::regex("\\s+"), " ");
+    document = std::regex_replace(document, std::regex("<[a-z]+>"), "%");
+    const std::size_t reserved = document.find("## Texts of the usage, and reserved ones");
+    MessageTexts english;
+    LocalizationResource_Root().fill(english);
+    for (const auto& [id, text] : english) {
+        if (std::string_view(id).starts_with("IDS_CLI")) continue;  // of the usage
+        const std::size_t told = document.find('`' + std::string(id) + '`');
+        ASSERT_NE(told, std::string::npos) << id;
+        if (told > reserved) continue;
+        const std::string said = '`' + std::regex_replace(text, std::regex("%ls|%d"), "%") + '`';
+        EXPECT_NE(document.find(said), std::string::npos) << id << ": " << said;
     }
 }
 
