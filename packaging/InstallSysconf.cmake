@@ -1,0 +1,17 @@
+# Below the prefix /usr, the configuration belongs into /etc. What the prefix is
+# stands fast only now, so it is moved there: `cmake --install --prefix` tells.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
+        if(NOT file MATCHES "^/usr(/etc/.+)$")
+            continue()
+        endif()
+        set(moved "${CMAKE_MATCH_1}")
+        cmake_path(GET file PARENT_PATH old_directory)
+        cmake_path(GET moved PARENT_PATH new_directory)
+        message(STATUS "Moving: $ENV{DESTDIR}${file} to $ENV{DESTDIR}${moved}")
+        file(MAKE_DIRECTORY "$ENV{DESTDIR}${new_directory}")
+        file(RENAME "$ENV{DESTDIR}${file}" "$ENV{DESTDIR}${moved}")
+        execute_process(COMMAND rmdir -p --ignore-fail-on-non-empty "$ENV{DESTDIR}${old_directory}")
+        list(TRANSFORM CMAKE_INSTALL_MANIFEST_FILES REPLACE "^${file}$" "${moved}")
+    endforeach()
+endif()
