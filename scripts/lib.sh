@@ -122,6 +122,12 @@ install_test_tools() {
     install_locale de_DE@euro de_DE@euro ISO-8859-15
 }
 
+install_package_tools() {
+    install_build_tools
+    install_missing dpkg-shlibdeps=dpkg-dev file=file
+    [[ ! -e $ROOT/.git ]] || install_missing git=git
+}
+
 # build PRESET [CMAKE_ARGUMENT...]
 build() {
     local -r preset=$1
