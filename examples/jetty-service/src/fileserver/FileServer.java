@@ -83,7 +83,7 @@ public final class FileServer {
         }
     }
 
-    /** Jetty waits at a stop for the requests that a StatisticsHandler counts, and for no others. */
+    /** At a stop Jetty waits for the requests that a StatisticsHandler counts, and no others. */
     private static Handler countedHandlers(Path directory) {
         var statistics = new StatisticsHandler();
         var contexts = new ContextHandlerCollection();
@@ -119,7 +119,8 @@ public final class FileServer {
                 HttpServletResponse response) throws IOException {
             baseRequest.setHandled(true);
             response.setContentType("text/plain; charset=utf-8");
-            response.getWriter().printf("running for %d s%nrequests: %d, %d of them not yet answered%n",
+            response.getWriter().printf(
+                    "running for %d s%nrequests: %d, %d of them not yet answered%n",
                     statistics.getStatsOnMs() / 1000, statistics.getRequests(),
                     statistics.getRequestsActive());
         }

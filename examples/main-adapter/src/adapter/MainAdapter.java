@@ -16,8 +16,8 @@ import java.util.concurrent.TimeUnit;
  *
  * <p>As under {@code java}, the program lives until its main has returned and its other threads
  * have ended, daemon threads aside. To stop, it is asked by its own {@code public static void
- * stop(String[])}, if it has one. Otherwise it is ended by {@link System#exit}, as SIGTERM would end
- * it: its shutdown hooks run. With {@code -Dadapter.interruptMillis=N} the thread of its main is
+ * stop(String[])}, if it has one. Otherwise it is ended by {@link System#exit}, as SIGTERM would
+ * end it: its shutdown hooks run. With {@code -Dadapter.interruptMillis=N} the thread of its main is
  * interrupted before that, and the program has N milliseconds to end by itself.
  */
 public final class MainAdapter {
@@ -153,7 +153,7 @@ public final class MainAdapter {
     }
 
     private static void call(Method method, String[] args) throws Throwable {
-        method.trySetAccessible(); // the class need not be public: java does not ask for that either
+        method.trySetAccessible(); // java does not ask for a public class either
         try {
             method.invoke(null, (Object) args);
         } catch (InvocationTargetException e) {
