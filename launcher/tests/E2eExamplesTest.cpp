@@ -110,6 +110,11 @@ TEST_P(ExamplesE2eTest, TheAdapterEndsAProgramAsSigtermWould)
     EXPECT_TRUE(waitUntil([this] { return printed("main returns\n"); }));
     expectEndAfter(SIGUSR2, thread, 0);
     EXPECT_TRUE(content("out").ends_with("main returns\nhook\n")) << content("out");
+
+    const LauncherProcess hook = program("program.Program hook 600000").start();
+    EXPECT_TRUE(waitUntil([this] { return printed("main waits\n"); }));
+    expectEndAfter(SIGUSR1, hook, 0);
+    EXPECT_TRUE(printed("main has ended\n"));
 }
 
 TEST_P(ExamplesE2eTest, AProgramThatMayBeInterruptedEndsInOrder)

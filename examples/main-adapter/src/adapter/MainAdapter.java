@@ -9,6 +9,7 @@ import java.util.Arrays;
 import java.util.Set;
 import java.util.concurrent.CountDownLatch;
 import java.util.concurrent.TimeUnit;
+import java.util.concurrent.atomic.AtomicReference;
 
 /**
  * Runs a program that was made for {@code java Program ARGUMENT...} as a service. The arguments of
@@ -26,16 +27,18 @@ public final class MainAdapter {
     /** The launcher's thread that calls the methods below start. */
     private static final String STOP_THREAD = "launcher-stop-thread";
 
-    private static final Object LOCK = new Object();
     private static final CountDownLatch ENDED = new CountDownLatch(1);
 
     private static volatile Class<?> program;
-    private static Thread mainThread; // while main runs; guarded by LOCK
-    private static boolean interrupted; // guarded by LOCK
+    private static volatile Thread mainThread;
+    private static volatile boolean interrupted;
 
     private MainAdapter() {}
 
-    /** Runs main, and waits for the threads that it leaves. What main throws is thrown here. */
+    /**
+     * Runs main, and waits for the threads that it leaves. What main throws is thrown here. Main has
+     * a thread of its own, which ends when main returns: shutdown hooks may wait for that.
+     */
     public static void start(String[] args) throws Throwable {
         if (args.length == 0) {
             throw new IllegalArgumentException("Expected the main class as the first argument");
@@ -68,35 +71,31 @@ public final class MainAdapter {
     }
 
     private static void callMain(Method main, String[] args) throws Throwable {
-        synchronized (LOCK) {
-            mainThread = Thread.currentThread();
-        }
-        try {
-            call(main, args);
-        } catch (Throwable e) {
-            if (!endedByInterrupt(e)) throw e;
-        } finally {
-            synchronized (LOCK) {
-                mainThread = null;
-                Thread.interrupted(); // one that came too late for main
+        var thrown = new AtomicReference<Throwable>();
+        var thread = new Thread(() -> {
+            try {
+                call(main, args);
+            } catch (Throwable e) {
+                thrown.set(e);
             }
-        }
+        }, "main");
+        thread.start();
+        mainThread = thread;
+        thread.join();
+        if (thrown.get() != null && !endedByInterrupt(thrown.get())) throw thrown.get();
     }
 
-    /** False when main has already returned: nothing is left that would notice. */
+    /** False when main does not run: nothing would notice. */
     private static boolean interruptMain() {
-        synchronized (LOCK) {
-            if (mainThread == null) return false;
-            interrupted = true;
-            mainThread.interrupt();
-            return true;
-        }
+        var thread = mainThread;
+        if (thread == null || !thread.isAlive()) return false;
+        interrupted = true;
+        thread.interrupt();
+        return true;
     }
 
     private static boolean endedByInterrupt(Throwable thrown) {
-        synchronized (LOCK) {
-            if (!interrupted) return false;
-        }
+        if (!interrupted) return false;
         for (var e = thrown; e != null; e = e.getCause()) {
             if (e instanceof InterruptedException || e instanceof ClosedByInterruptException
                     || e instanceof InterruptedIOException) {

@@ -10,9 +10,26 @@ class Program {
             case "wait" -> Thread.sleep(millis);
             case "thread" -> new Thread(() -> sleep(millis)).start();
             case "exit" -> System.exit(7);
+            case "hook" -> {
+                endMainAtShutdown(Thread.currentThread());
+                System.out.println("main waits");
+                Thread.sleep(millis);
+            }
             default -> throw new IllegalStateException("thrown by main");
         }
         System.out.println("main returns");
+    }
+
+    private static void endMainAtShutdown(Thread main) {
+        Runtime.getRuntime().addShutdownHook(new Thread(() -> {
+            main.interrupt();
+            try {
+                main.join();
+                System.out.println("main has ended");
+            } catch (InterruptedException e) {
+                throw new IllegalStateException(e);
+            }
+        }));
     }
 
     private static void sleep(long millis) {
