@@ -38,7 +38,10 @@ string(JOIN ", " CPACK_DEBIAN_PACKAGE_DEPENDS
     "systemd | systemd-standalone-sysusers | systemd-sysusers"
     "systemd | systemd-standalone-tmpfiles | systemd-tmpfiles")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-    "default-jre-headless (>= 2:1.17) | java17-runtime-headless, logrotate")
+    "default-jre-headless (>= 2:1.17) | java17-runtime-headless")
+# The units keep the launcher's logs few without it, and it would bring cron and
+# a mail server along.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS logrotate)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${deb}/postinst" "${deb}/prerm" "${deb}/postrm")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
