@@ -37,7 +37,6 @@ constexpr std::uint32_t kFastStopBase = 200;
 constexpr std::chrono::seconds kMethodPollStep{1};
 constexpr std::uint64_t kStopPollMillis = 100;
 constexpr int kStopPollsPerReport = 100;
-constexpr std::chrono::milliseconds kDrainPatience{1000};
 
 constexpr wchar_t kStopFailed[] = L"Service stop method failed: ";
 
@@ -50,7 +49,7 @@ void onJvmExit()
     jvmEndsProcess.store(true, std::memory_order_release);
     logInfo({kClass, L"onJvmExit"}, L"JVM exited");
     postStopRequest(false);
-    StopSignalLog::drain(kDrainPatience);  // the log is released next
+    StopSignalLog::drain();  // the log is released next
 }
 
 /// The Java start method has returned or thrown; runs on its thread.

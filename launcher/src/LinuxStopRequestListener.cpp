@@ -36,7 +36,7 @@ void installHandlers()
     struct sigaction action {};
     action.sa_handler = onStopSignal;
     action.sa_flags = SA_RESTART;
-    sigemptyset(&action.sa_mask);
+    action.sa_mask = stopSignalSet();  // one after the other, in the order that they came
     for (const int signalNumber : kStopSignals) {
         if (sigaction(signalNumber, &action, nullptr) != 0) raiseCannotStartWaiting();
     }
@@ -99,6 +99,7 @@ int LinuxStopRequestListener::waitForEvent()
         const OnlyStopSignals mask;
         sem_wait(&semaphore_);
     }
+    StopSignalLog::drain();  // the signal comes before what it has ended
     const StopEvent event = takeEvent();
     logInfo({L"LinuxStopRequestListener", L"waitForEvent"}, L"Wait finished", L"stopType",
             event == kFastStop ? L"stop fast" : L"simple stop");

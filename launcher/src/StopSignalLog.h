@@ -24,9 +24,11 @@ public:
 
     /// Writes on the calling thread what was counted and not yet written, and
     /// waits for what another thread is writing, `patience` at the most.
-    static void drain(std::chrono::milliseconds patience);
+    static void drain(std::chrono::milliseconds patience = kPatience);
 
 private:
+    static constexpr std::chrono::milliseconds kPatience{1000};
+
     void writeUntilStopped();
 
     std::atomic<bool> stopped_{false};

@@ -1,7 +1,5 @@
 #include "StopSignals.h"
 
-namespace {
-
 sigset_t stopSignalSet()
 {
     sigset_t set;
@@ -9,8 +7,6 @@ sigset_t stopSignalSet()
     for (const int signalNumber : kStopSignals) sigaddset(&set, signalNumber);
     return set;
 }
-
-}  // namespace
 
 StopSignalHold::~StopSignalHold()
 {

@@ -8,6 +8,9 @@
 /// SIGUSR1 and SIGINT ask for a simple stop, SIGUSR2 for a fast one.
 inline constexpr std::array kStopSignals{SIGUSR1, SIGUSR2, SIGINT};
 
+/// All of them, for a mask.
+[[nodiscard]] sigset_t stopSignalSet();
+
 /// Keeps the stop signals pending from hold() to deliver(): between the moment
 /// that a launcher can be found by its PID file and the installation of its
 /// handlers their default action would kill it. For the main thread, before

@@ -2,7 +2,6 @@
 // every failure into an exit status and one message, and writes the records
 // that open and close a run.
 
-#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -50,8 +49,6 @@ using Arguments = std::vector<std::wstring>;
 using Mode = LauncherCliArgs::Mode;
 
 constexpr wchar_t kMain[] = L"main";
-/// For the records of stop signals, which stand before the last one.
-constexpr std::chrono::milliseconds kDrainPatience{1000};
 
 /// Releases the log; gives `exitCode`.
 int finish(int exitCode)
@@ -63,7 +60,7 @@ int finish(int exitCode)
 /// A failure that ends the run.
 int fail(IConsole& console, const std::wstring& message, std::uint32_t exitCode)
 {
-    StopSignalLog::drain(kDrainPatience);
+    StopSignalLog::drain();
     logError({kMain, kMain}, message, L"exitCode", exitCode);
     console.writeErrorLine(message);
     return finish(static_cast<int>(exitCode));
@@ -159,7 +156,7 @@ int runMode(const LauncherCliArgs& cliArgs, const Arguments& arguments,
 
     const int exitCode = parameters->isStopMode() ? stopAnother(*parameters, console)
                                                   : startService(parameters, console);
-    StopSignalLog::drain(kDrainPatience);
+    StopSignalLog::drain();  // what is logged next is the last record
     logInfo({kMain, kMain}, getMessage(IDS_NORMAL_EXIT), L"exitCode", exitCode);
     return finish(exitCode);
 }
