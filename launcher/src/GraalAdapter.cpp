@@ -27,8 +27,8 @@ GraalAdapter::~GraalAdapter()
         logError({kClass, L"~GraalAdapter"}, L"Inconsistent Graal isolates count",
                  L"createdIsolatesCounter", createdIsolatesCounter_);
     }
-    if (!library_ || library_->isEmpty()) return;
-    if (library_->close()) logInfo({kClass, L"~GraalAdapter"}, L"Inventory library unloaded");
+    if (library_) library_->close();
+    logInfo({kClass, L"~GraalAdapter"}, L"Inventory library unloaded");  // always; required
 }
 
 void GraalAdapter::load()
@@ -76,7 +76,6 @@ void GraalAdapter::tearDownIsolate(graal_isolatethread_t* thread)
     const int code = tearDown_(thread);
     if (code != 0) {
         logError({kClass, L"tearDownIsolate"}, L"Cannot uninitialize VM library", L"code", code);
-        return;
     }
     logInfo({kClass, L"tearDownIsolate"}, L"VM library uninitialized");
 }

@@ -1,5 +1,6 @@
 // GraalAdapter: owner of the loaded library. At its end logs whether isolates
-// are left, and unloads the library. For the main thread.
+// are left, unloads the library and logs that, also where none was loaded. For
+// the main thread.
 #pragma once
 
 #include <memory>

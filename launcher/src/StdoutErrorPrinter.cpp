@@ -8,5 +8,6 @@
 void StdoutErrorPrinter::consume(const char* utf8Text)
 {
     if (!utf8Text) return;
-    console_.writeLine(getMessage(IDS_INVENTORY_CALL_ERROR) + L": " + toWide(utf8Text));
+    // No table holds this id: the line is the id itself (required).
+    console_.writeLine(formatMessage(IDS_INVENTORY_CALL_ERROR, toWide(utf8Text)));
 }
