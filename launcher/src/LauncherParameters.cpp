@@ -65,13 +65,14 @@ std::wstring prepareWorkDir(const std::wstring& path)
 }
 
 /// The PID file of the launcher to stop. Throws LauncherException with code 0
-/// when it cannot be read.
+/// when it is missing or cannot be read, and with code 20 when it is too big.
 std::shared_ptr<FileContent> readTargetPidFile(const std::wstring& path)
 {
     IOsUtilsFactory& os = getOsUtilsFactory();
     try {
         if (os.getFileUtils().fileExists(path)) return os.getFileUtils().readFile(path);
     } catch (const LauncherOsException& e) {
+        if (e.message() == formatMessage(IDS_FILE_TOO_BIG, path)) throw;
         throw LauncherException(exit_code::kUnreadablePidFile, e.message());
     }
     const std::wstring error = os.getSystemUtils().getLastErrorText();
@@ -188,6 +189,11 @@ bool LauncherParameters::hasErrors() const
 {
     return !errors_.empty() || cliArgs_.getMode() == LauncherCliArgs::Mode::Error ||
            config_.hasError();
+}
+
+std::uint32_t LauncherParameters::getErrorCode() const
+{
+    return config_.getErrorCode() != 0 ? config_.getErrorCode() : errorCode_;
 }
 
 void LauncherParameters::logState() const

@@ -65,9 +65,9 @@ public:
     [[nodiscard]] bool hasErrors() const;
     /// The texts of all problems, on a line each.
     [[nodiscard]] const std::wstring& getErrors() const { return errors_; }
-    /// The code of the last failure that was caught; 0 when none was, also
-    /// where problems were found without one.
-    [[nodiscard]] std::uint32_t getErrorCode() const { return errorCode_; }
+    /// The code of the configuration's error; without one that of the last
+    /// failure that was caught, 0 when none was, also where problems were found.
+    [[nodiscard]] std::uint32_t getErrorCode() const;
     void logState() const;
 
 private:
@@ -83,7 +83,8 @@ private:
     std::int32_t detectPidToStop();
     /// -1, with an error recorded, for content that is no PID: stricter than
     /// PidFile::read(), digits only, but one more of them. Throws
-    /// LauncherException (code 0) when the file cannot be read.
+    /// LauncherException when the file cannot be read (code 0) or is bigger than
+    /// any file that is read whole (20).
     std::int32_t readPidFromFile(const std::wstring& path);
     /// Logs the problem and keeps its text.
     void recordError(const wchar_t* method, const std::wstring& text);

@@ -136,6 +136,7 @@ TEST_F(LauncherParametersTest, AsksForAJavaOfTheMinimalVersionAndKeepsWhatWentWr
 
     configure("  nonsense: x");
     EXPECT_TRUE(merge(L"start --jclasspath a --jvmdll x").hasErrors());
+    EXPECT_EQ(parameters_->getErrorCode(), 2u);
 }
 
 TEST_F(LauncherParametersTest, ChoosesTheBannerByLanguage)
@@ -190,8 +191,11 @@ TEST_F(LauncherParametersTest, ReadsOnlyDigitsFromThePidFileOfAnother)
         dir_.write("pid", content);
         EXPECT_EQ(merge(L"stop --pidfile @/pid").getPidToStop(), pid) << content;
         EXPECT_EQ(parameters_->getErrors(), at(errors));
+        EXPECT_EQ(parameters_->getErrorCode(), 0u);
     }
-    EXPECT_EQ(parameters_->getErrorCode(), 0u);
+    dir_.write("pid", std::string(10 * 1024 * 1024 + 1, '1'));
+    EXPECT_EQ(merge(L"stop --pidfile @/pid").getErrorCode(), 20u);
+    EXPECT_EQ(parameters_->getErrors(), at(L"File '@/pid' is too big"));
 }
 
 }  // namespace
