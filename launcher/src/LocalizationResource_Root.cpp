@@ -45,9 +45,6 @@ constexpr MessageText kTexts[] = {
     {IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI,
      "Error reading file '%ls'. Launcher has no --instance parameter but config file has a "
      "reference to it '%ls'."},
-    {IDS_FILE_VARIABLE_HOLDS_ITSELF,
-     "Error reading file '%ls'. The value of the variable %ls contains the variable itself: "
-     "'%ls'."},
     {IDS_CANNOT_GET_COMMAND_LINE_ARGS, "Cannot read command line. Error: %ls"},
     {IDS_NONE_OF_2OPTIONS_ARE_SET, "None of CLI arguments %ls and %ls are set"},
     {IDS_INSTANCE_IN_STOP_MODE, "Parameter --instance is only supported in start mode"},
@@ -88,7 +85,6 @@ constexpr MessageText kTexts[] = {
      "Modulepath was set but no files meet the mask. Search path: %ls"},
     {IDS_CANNOT_FIND_CLASS_PATH, "Classpath was set but no files meet the mask. Search path: %ls"},
     {IDS_CANNOT_CWD, "Cannot change current directory to '%ls'. Error: %ls"},
-    {IDS_CANNOT_DETACH, "Cannot run in the background. Error: %ls"},
     {IDS_FAILED_TO_CHECK_PROCESS_RUNNING,
      "Cannot detect whether process PID=%d is running. Error: %ls"},
     {IDS_CANNOT_ATTACH_NATIVE_THREAD_TO_JVM_THREAD, "Cannot attach native thread to JVM thread."},

@@ -54,8 +54,6 @@ constexpr MessageText kTexts[] = {
     {IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI,
      "Ошибка чтения файла '%ls'. Опция --instance для launcher не задана, но файл конфигурации "
      "ссылается на нее: '%ls'."},
-    {IDS_FILE_VARIABLE_HOLDS_ITSELF,
-     "Ошибка чтения файла '%ls'. Значение переменной %ls содержит саму эту переменную: '%ls'."},
     {IDS_CANNOT_GET_COMMAND_LINE_ARGS, "Не удается прочитать командную строку. Ошибка: %ls"},
     {IDS_NONE_OF_2OPTIONS_ARE_SET, "Не задан ни один из аргументов командной строки %ls и %ls"},
     {IDS_INSTANCE_IN_STOP_MODE, "Опция --instance поддерживается только в режиме start"},
@@ -99,7 +97,6 @@ constexpr MessageText kTexts[] = {
     {IDS_CANNOT_FIND_CLASS_PATH,
      "Classpath задан, но нет файлов, соответствующих маске. Путь поиска: %ls"},
     {IDS_CANNOT_CWD, "Не удается сменить текущий каталог на '%ls'. Ошибка: %ls"},
-    {IDS_CANNOT_DETACH, "Не удается перейти в фоновый режим. Ошибка: %ls"},
     {IDS_FAILED_TO_CHECK_PROCESS_RUNNING,
      "Не удается определить, работает ли процесс с PID=%d. Ошибка: %ls"},
     {IDS_CANNOT_ATTACH_NATIVE_THREAD_TO_JVM_THREAD,

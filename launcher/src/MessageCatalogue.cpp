@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "AdditionalTexts.h"
 #include "LauncherException.h"
 #include "TextConversion.h"
 
@@ -15,6 +16,7 @@ std::atomic<const MessageCatalogue*> activeCatalogue{nullptr};
 MessageCatalogue::MessageCatalogue(const ILocalizationResource& resource)
 {
     resource.fill(texts_);
+    insertAdditionalTexts(resource.getLanguage(), texts_);
 }
 
 MessageCatalogue::~MessageCatalogue()

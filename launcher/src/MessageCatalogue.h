@@ -13,7 +13,8 @@
 
 class MessageCatalogue final {
 public:
-    /// Takes the texts of `resource`, whose tables must outlive the catalogue.
+    /// Takes the texts of `resource`, whose tables must outlive the catalogue,
+    /// and the additional ones of its language.
     explicit MessageCatalogue(const ILocalizationResource& resource);
     /// Withdraws the catalogue if it is the active one.
     ~MessageCatalogue();

@@ -39,7 +39,6 @@ inline constexpr char IDS_FILE_FORMAT_UNKNOWN_FIELD[] = "IDS_FILE_FORMAT_UNKNOWN
 inline constexpr char IDS_FILE_FORMAT_UNKNOWN_JAVA_VERSION[] =
     "IDS_FILE_FORMAT_UNKNOWN_JAVA_VERSION";
 inline constexpr char IDS_FILE_FORMAT_WRONG_STRUCTURE[] = "IDS_FILE_FORMAT_WRONG_STRUCTURE";
-inline constexpr char IDS_FILE_VARIABLE_HOLDS_ITSELF[] = "IDS_FILE_VARIABLE_HOLDS_ITSELF";
 inline constexpr char IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI[] = "IDS_INSTANCE_IN_FILE_BUT_NOT_IN_CLI";
 inline constexpr char IDS_CANNOT_GET_COMMAND_LINE_ARGS[] = "IDS_CANNOT_GET_COMMAND_LINE_ARGS";
 inline constexpr char IDS_NONE_OF_2OPTIONS_ARE_SET[] = "IDS_NONE_OF_2OPTIONS_ARE_SET";
@@ -75,7 +74,6 @@ inline constexpr char IDS_WILDCARDS_ONLY_FOR_FILES[] = "IDS_WILDCARDS_ONLY_FOR_F
 inline constexpr char IDS_CANNOT_FIND_MODULE_PATH[] = "IDS_CANNOT_FIND_MODULE_PATH";
 inline constexpr char IDS_CANNOT_FIND_CLASS_PATH[] = "IDS_CANNOT_FIND_CLASS_PATH";
 inline constexpr char IDS_CANNOT_CWD[] = "IDS_CANNOT_CWD";
-inline constexpr char IDS_CANNOT_DETACH[] = "IDS_CANNOT_DETACH";
 inline constexpr char IDS_FAILED_TO_CHECK_PROCESS_RUNNING[] = "IDS_FAILED_TO_CHECK_PROCESS_RUNNING";
 inline constexpr char IDS_CANNOT_ATTACH_NATIVE_THREAD_TO_JVM_THREAD[] =
     "IDS_CANNOT_ATTACH_NATIVE_THREAD_TO_JVM_THREAD";
@@ -143,6 +141,10 @@ inline constexpr char IDS_SERVICE_CONFIG_NOT_FOUND[] = "IDS_SERVICE_CONFIG_NOT_F
 // Held by the Russian table alone; under English they read as themselves.
 inline constexpr char IDS_JVN_LIB[] = "IDS_JVN_LIB";
 inline constexpr char IDS_CWD_CHANGED_TO[] = "IDS_CWD_CHANGED_TO";
+
+// Held by the table of AdditionalTexts.
+inline constexpr char IDS_FILE_VARIABLE_HOLDS_ITSELF[] = "IDS_FILE_VARIABLE_HOLDS_ITSELF";
+inline constexpr char IDS_CANNOT_DETACH[] = "IDS_CANNOT_DETACH";
 
 // Held by no table on purpose: their text is the id itself.
 inline constexpr char IDS_UNKNOWN_MODE[] = "IDS_UNKNOWN_MODE";
