@@ -10,13 +10,14 @@
 #include <vector>
 
 #include "IServiceInstanceParameters.h"
+#include "ServiceIniDirectory.h"
 
 class ServiceInstanceParameters final : public IServiceInstanceParameters {
 public:
     /// Reads the file `serviceName` in `directory`, which ends in a slash;
     /// none when the name is empty. Throws no LauncherException.
     [[nodiscard]] static std::unique_ptr<ServiceInstanceParameters> create(
-        const std::wstring& serviceName, const std::wstring& directory);
+        const std::wstring& serviceName, const std::wstring& directory = kServiceIniDirectory);
 
     [[nodiscard]] std::wstring getJavaHome() const override { return javaHome_; }
     [[nodiscard]] std::vector<std::wstring> getJvmOptions() const override { return jvmOptions_; }

@@ -37,12 +37,6 @@
 #include "StopSignalLog.h"
 #include "TextConversion.h"
 
-// Where administrators keep the ini files of their services. Only the tests
-// build a launcher that looks elsewhere.
-#ifndef LAUNCHER_INI_DIRECTORY
-#define LAUNCHER_INI_DIRECTORY L"/etc/default/Korvan/Orlanda/"
-#endif
-
 namespace {
 
 using Arguments = std::vector<std::wstring>;
@@ -141,8 +135,8 @@ int runMode(const LauncherCliArgs& cliArgs, const Arguments& arguments,
     config.logState();
     const std::wstring& serviceName = cliArgs.getServiceName();
     const std::unique_ptr<ServiceInstanceParameters> serviceInstance =
-        ServiceInstanceParameters::create(
-            serviceName.empty() ? config.getServiceName() : serviceName, LAUNCHER_INI_DIRECTORY);
+        ServiceInstanceParameters::create(serviceName.empty() ? config.getServiceName()
+                                                              : serviceName);
     serviceInstance->logState();
 
     const JavaLibResolver javaLibResolver;

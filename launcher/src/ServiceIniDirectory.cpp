@@ -1,0 +1,3 @@
+#include "ServiceIniDirectory.h"
+
+const wchar_t* const kServiceIniDirectory = L"/etc/default/Korvan/Orlanda/";
