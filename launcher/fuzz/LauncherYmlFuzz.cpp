@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const InputFile file("launcher.yml");
     const std::string_view text = asText(data, size);
     const Outcome expected([text] { return YamlReference(text).read(); });
-    const Outcome actual([text] { return renderTree(parseYaml(text).first()); });
+    const Outcome actual([text] { return renderTree(parseYaml(text).get()); });
     if (expected.tree != actual.tree || expected.error != actual.error) {
         std::fprintf(stderr, "--- expected\n%s%s\n--- read\n%s%s\n", expected.tree.c_str(),
                      expected.error.c_str(), actual.tree.c_str(), actual.error.c_str());

@@ -202,10 +202,10 @@ void LauncherConfig::load(const std::wstring& directory, const std::wstring& ins
 {
     IOsUtilsFactory& os = getOsUtilsFactory();
     const std::shared_ptr<FileContent> content = os.getFileUtils().readFile(fileName_);
-    const YamlTree tree = parseYaml(content->view());
+    const std::shared_ptr<const YamlNode> tree = parseYaml(content->view());
     const ExpansionContext context{instanceRoot, directory, fileName_,
                                    os.getProcessUtils().getEnvironmentVariable(L"PATH")};
-    interpret(tree.first(), context);
+    interpret(tree.get(), context);
     fileRead_ = true;
 }
 

@@ -1,6 +1,6 @@
 // YamlNode: a line of launcher.yml, or a comment, with the lines that are
-// indented below it. One of a YamlTree, which owns it; points into the text
-// that it was read from, which must outlive it.
+// indented below it. parseYaml() makes it and owns it together with all others;
+// it points into the text that it was read from, which must outlive it.
 #pragma once
 
 #include <string_view>

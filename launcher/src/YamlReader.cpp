@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
+#include <deque>
 #include <vector>
 
 #include "LauncherException.h"
@@ -37,14 +37,16 @@ class Reader final {
 public:
     explicit Reader(std::string_view text) : text_(text) { levels_.push_back({0, &root_}); }
 
-    YamlTree read()
+    std::shared_ptr<const YamlNode> read()
     {
         for (;;) {
             const std::size_t indent = skipBlankLinesAndIndentation();
-            if (current() == '\0') return std::move(tree_);
+            if (current() == '\0') break;
             YamlNode* const node = current() == '-' ? readSequenceItem() : readKeyLine();
             place(readLineEnd(node), indent);
         }
+        if (nodes_->empty()) return nullptr;
+        return {nodes_, &nodes_->front()};
     }
 
 private:
@@ -119,7 +121,7 @@ private:
     {
         if (isAtMarker("---")) raise(IDS_YAML_MULTIPLE_DOCS);
         if (at(position_ + 1) != ' ') raise(IDS_YAML_WRONG_STRUCTURE);
-        YamlNode& node = tree_.add(YamlNode::Kind::SequenceItem);
+        YamlNode& node = nodes_->emplace_back(YamlNode::Kind::SequenceItem);
         std::size_t start = ++position_;  // the blank, which is part of what follows
         ++position_;
         skipKey();
@@ -137,7 +139,7 @@ private:
     {
         if (isAtMarker("...")) raise(IDS_YAML_MULTIPLE_DOCS);
         if (current() == '#') return nullptr;
-        YamlNode& node = tree_.add(YamlNode::Kind::KeyValue);
+        YamlNode& node = nodes_->emplace_back(YamlNode::Kind::KeyValue);
         const std::size_t keyStart = position_++;  // whatever it is, a line break, too
         skipKey();
         if (!isAtSeparator()) raise(IDS_YAML_KEY_EXPECTED);
@@ -160,7 +162,7 @@ private:
         if (current() == '\0') return node;
         if (text_[position_++] != '#') return node;
 
-        YamlNode& comment = tree_.add(YamlNode::Kind::Comment);
+        YamlNode& comment = nodes_->emplace_back(YamlNode::Kind::Comment);
         const std::size_t start = position_;
         skipWhile(isCommentByte);
         comment.setValue(from(start));
@@ -186,14 +188,15 @@ private:
 
     std::string_view text_;
     std::size_t position_ = 0;
-    YamlTree tree_;
+    // In blocks of memory: there may be millions. None moves.
+    std::shared_ptr<std::deque<YamlNode>> nodes_ = std::make_shared<std::deque<YamlNode>>();
     YamlNode root_{YamlNode::Kind::KeyValue};  ///< parent of the top level
     std::vector<Level> levels_;                ///< indentations grow upwards from 0
 };
 
 }  // namespace
 
-YamlTree parseYaml(std::string_view text)
+std::shared_ptr<const YamlNode> parseYaml(std::string_view text)
 {
     return Reader(text).read();
 }

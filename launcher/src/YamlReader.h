@@ -4,12 +4,14 @@
 // escapes, flow collections, anchors, tags or types.
 #pragma once
 
+#include <memory>
 #include <string_view>
 
-#include "YamlTree.h"
+#include "YamlNode.h"
 
-/// The nodes of `text`, which ends at its first NUL and must outlive them.
-/// Comments are nodes like any other and take part in the indentation. Takes
+/// The first top-level node of `text`, the others being its siblings; null when
+/// there are none. The pointer owns all of them; `text` ends at its first NUL
+/// and must outlive them. Comments are nodes like any other and take part in the indentation. Takes
 /// time and memory in proportion to the text, and no stack that grows with it.
 ///
 /// Odd on purpose, since files in use rely on it:
@@ -24,4 +26,4 @@
 /// Throws LauncherException (code 2) with the offset in bytes:
 /// IDS_YAML_MULTIPLE_DOCS, IDS_YAML_WRONG_STRUCTURE, IDS_YAML_KEY_EXPECTED,
 /// IDS_YAML_WRONG_INDENT.
-[[nodiscard]] YamlTree parseYaml(std::string_view text);
+[[nodiscard]] std::shared_ptr<const YamlNode> parseYaml(std::string_view text);
