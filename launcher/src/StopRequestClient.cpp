@@ -34,41 +34,6 @@ constexpr int kExitStopped = 0;
 constexpr int kExitNotFound = 11;
 constexpr int kExitStillRunning = 12;
 
-/// Stopped, or StillRunning after `timeoutMillis`.
-Result waitForTermination(const StopRequestClient& client, std::uint64_t timeoutMillis)
-{
-    const IProcessUtils& processes = getOsUtilsFactory().getProcessUtils();
-    for (std::uint64_t elapsed = 0; elapsed < timeoutMillis;
-         elapsed += std::min(kPollMillis, timeoutMillis - elapsed)) {
-        if (!client.isProcessRunning()) {
-            logInfo({kClass, L"waitForTermination"}, L"Asked process to stop gracefully");
-            return Result::Stopped;
-        }
-        // On every pass; required.
-        logInfo({kClass, L"waitForTermination"}, L"Waiting for process to stop",
-                L"millisecondsElapsed", elapsed);
-        processes.sleepMilliseconds(kPollMillis);
-    }
-    return Result::StillRunning;
-}
-
-Result askToStop(StopRequestClient& client, const SimpleOptional<std::uint64_t>& timeoutMillis,
-                 bool fast)
-{
-    const Result sent = client.sendStopSignal(fast);
-    if (sent != Result::Stopped && sent != Result::StillRunning) return sent;
-
-    const std::uint64_t patience = timeoutMillis.isPresent() ? timeoutMillis.value() : kForever;
-    const Result waited = waitForTermination(client, patience);
-    if (waited != Result::StillRunning) return waited;
-    if (!timeoutMillis.isPresent()) {
-        logInfo({kClass, L"askToStop"}, L"Stopping process is still running");
-        return waited;
-    }
-    // It may have ended since the last poll, while we slept.
-    return client.isProcessRunning() ? client.terminateProcess() : Result::Stopped;
-}
-
 /// The value of "--pidfile" among the arguments, in either form; empty when
 /// there is none.
 std::wstring findPidFileArgument(const std::vector<std::wstring>& arguments)
@@ -111,18 +76,6 @@ std::wstring pidFileSeenByProcess(const StopRequestClient& client, const std::ws
     return {};
 }
 
-std::wstring getPidFilePath(const StopRequestClient& client)
-{
-    std::wstring path = pidFileSeenByProcess(client, findPidFileArgument(client.getCommandLine()));
-    if (path.empty()) {
-        logInfo({kClass, L"getPidFilePath"}, L"Cannot read pid file path of another instance");
-    } else {
-        logInfo({kClass, L"getPidFilePath"},
-                L"A path to a pid file of another instance is obtained", L"pidFilePath", path);
-    }
-    return path;
-}
-
 /// Whether the process has ended, in order, since its id was read from its PID
 /// file: the id may be another process's by now.
 bool hasWithdrawn(const std::wstring& pidFilePath)
@@ -130,43 +83,11 @@ bool hasWithdrawn(const std::wstring& pidFilePath)
     return !pidFilePath.empty() && !PidFile().mayExist(pidFilePath);
 }
 
-/// `pid` is that of the launcher that was killed. Another one may have started
-/// since and have the file now.
-Cleanup cleanupPidFileAfterClientShutdown(const std::wstring& path, std::int32_t pid)
-{
-    constexpr wchar_t kMethod[] = L"cleanupPidFileAfterClientShutdown";
-    const IFileUtils& files = getOsUtilsFactory().getFileUtils();
-    const FileLock lock(path, FileLock::Missing::Leave);
-    try {
-        if (lock.foundNoFile() || !files.fileExists(path) ||
-            PidFile().runningOwner(path).value_or(pid) != pid) {
-            logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
-                    L"pidFilePath", path);
-            return Cleanup::NotAccessible;
-        }
-        if (files.isDirectory(path)) {
-            logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_IS_DIRECTORY));
-            return Cleanup::Failed;
-        }
-        if (isSpecialFile(toUtf8(path))) {
-            logError({kClass, kMethod}, L"Failed to remove pid file", L"exception",
-                     L"not a regular file");
-            return Cleanup::Failed;
-        }
-        files.deleteFile(path);
-        logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_WAS_REMOVED));
-        return Cleanup::Removed;
-    } catch (const LauncherException& e) {
-        logError({kClass, kMethod}, L"Failed to remove pid file", L"exception", e.message());
-        return Cleanup::Failed;
-    }
-}
-
 /// What is told about the PID file of a launcher that was killed.
 std::wstring cleanUpAndDescribe(const std::wstring& pidFilePath, std::int32_t pid)
 {
     if (pidFilePath.empty()) return {};
-    switch (cleanupPidFileAfterClientShutdown(pidFilePath, pid)) {
+    switch (StopRequestClient::cleanupPidFileAfterClientShutdown(pidFilePath, pid)) {
         case Cleanup::Removed:
             return getMessage(IDS_PIDFILE_WAS_REMOVED);
         case Cleanup::Failed:
@@ -233,6 +154,84 @@ int StopRequestClient::stop(const std::wstring& pidFilePath,
             return kExitStillRunning;
     }
     return static_cast<int>(exit_code::kInternal);
+}
+
+Result StopRequestClient::askToStop(StopRequestClient& client,
+                                    const SimpleOptional<std::uint64_t>& timeoutMillis, bool fast)
+{
+    const Result sent = client.sendStopSignal(fast);
+    if (sent != Result::Stopped && sent != Result::StillRunning) return sent;
+
+    const std::uint64_t patience = timeoutMillis.isPresent() ? timeoutMillis.value() : kForever;
+    const Result waited = waitForTermination(client, patience);
+    if (waited != Result::StillRunning) return waited;
+    if (!timeoutMillis.isPresent()) {
+        logInfo({kClass, L"askToStop"}, L"Stopping process is still running");
+        return waited;
+    }
+    // It may have ended since the last poll, while we slept.
+    return client.isProcessRunning() ? client.terminateProcess() : Result::Stopped;
+}
+
+Result StopRequestClient::waitForTermination(const StopRequestClient& client,
+                                             std::uint64_t timeoutMillis)
+{
+    const IProcessUtils& processes = getOsUtilsFactory().getProcessUtils();
+    for (std::uint64_t elapsed = 0; elapsed < timeoutMillis;
+         elapsed += std::min(kPollMillis, timeoutMillis - elapsed)) {
+        if (!client.isProcessRunning()) {
+            logInfo({kClass, L"waitForTermination"}, L"Asked process to stop gracefully");
+            return Result::Stopped;
+        }
+        // On every pass; required.
+        logInfo({kClass, L"waitForTermination"}, L"Waiting for process to stop",
+                L"millisecondsElapsed", elapsed);
+        processes.sleepMilliseconds(kPollMillis);
+    }
+    return Result::StillRunning;
+}
+
+std::wstring StopRequestClient::getPidFilePath(const StopRequestClient& client)
+{
+    std::wstring path = pidFileSeenByProcess(client, findPidFileArgument(client.getCommandLine()));
+    if (path.empty()) {
+        logInfo({kClass, L"getPidFilePath"}, L"Cannot read pid file path of another instance");
+    } else {
+        logInfo({kClass, L"getPidFilePath"},
+                L"A path to a pid file of another instance is obtained", L"pidFilePath", path);
+    }
+    return path;
+}
+
+Cleanup StopRequestClient::cleanupPidFileAfterClientShutdown(const std::wstring& path,
+                                                             std::int32_t killedPid)
+{
+    constexpr wchar_t kMethod[] = L"cleanupPidFileAfterClientShutdown";
+    const IFileUtils& files = getOsUtilsFactory().getFileUtils();
+    const FileLock lock(path, FileLock::Missing::Leave);
+    try {
+        if (lock.foundNoFile() || !files.fileExists(path) ||
+            PidFile().runningOwner(path).value_or(killedPid) != killedPid) {
+            logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
+                    L"pidFilePath", path);
+            return Cleanup::NotAccessible;
+        }
+        if (files.isDirectory(path)) {
+            logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_IS_DIRECTORY));
+            return Cleanup::Failed;
+        }
+        if (isSpecialFile(toUtf8(path))) {
+            logError({kClass, kMethod}, L"Failed to remove pid file", L"exception",
+                     L"not a regular file");
+            return Cleanup::Failed;
+        }
+        files.deleteFile(path);
+        logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_WAS_REMOVED));
+        return Cleanup::Removed;
+    } catch (const LauncherException& e) {
+        logError({kClass, kMethod}, L"Failed to remove pid file", L"exception", e.message());
+        return Cleanup::Failed;
+    }
 }
 
 void StopRequestClient::checkClientLauncherIsNotRunning(const std::wstring& pidFilePath)

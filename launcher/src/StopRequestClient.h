@@ -13,9 +13,9 @@ class IConsole;
 class StopRequestClient {
 public:
     /// How a request to a process ended.
-    enum class Result { NotFound = 0, Stopped = 1, StillRunning = 2, Killed = 3, NotPermitted = 4 };
+    enum Result : int { NotFound = 0, Stopped = 1, StillRunning = 2, Killed = 3, NotPermitted = 4 };
     /// What became of the PID file of a launcher that was killed.
-    enum class Cleanup { NotAccessible = 0, Removed = 1, Failed = 2 };
+    enum Cleanup : int { NotAccessible = 0, Removed = 1, Failed = 2 };
 
     explicit StopRequestClient(std::int32_t pid) : pid_(pid) {}
 
@@ -37,6 +37,25 @@ public:
     [[nodiscard]] int stop(const std::wstring& pidFilePath,
                            const SimpleOptional<std::uint64_t>& timeoutMillis, bool fast,
                            IConsole& console);
+
+    // The steps of stop().
+
+    /// Sends the stop signal and waits for the end of the process; kills it when
+    /// a time-out (milliseconds) is given and has run out.
+    [[nodiscard]] static Result askToStop(StopRequestClient& client,
+                                          const SimpleOptional<std::uint64_t>& timeoutMillis,
+                                          bool fast);
+    /// Stopped, or StillRunning after `timeoutMillis`.
+    [[nodiscard]] static Result waitForTermination(const StopRequestClient& client,
+                                                   std::uint64_t timeoutMillis);
+    /// The PID file named on the command line of the process, as it reads from
+    /// here; empty when there is none or that cannot be told.
+    [[nodiscard]] static std::wstring getPidFilePath(const StopRequestClient& client);
+    /// Removes the PID file of a launcher that has ended. One that names a running
+    /// process is another launcher's by now, and not accessible, unless that is
+    /// `killedPid`, which may take a moment to end.
+    [[nodiscard]] static Cleanup cleanupPidFileAfterClientShutdown(const std::wstring& path,
+                                                                   std::int32_t killedPid = -1);
 
     /// Start mode: throws LauncherException IDS_PIDFILE_EXISTS_PROCESS_RUNNING
     /// when a process named by the PID file runs; deletes a file that is stale
