@@ -55,7 +55,7 @@ std::future<void> JMethodCaller::start()
     // object keeps that future, and by it the task: only the thread owns both.
     auto task = std::make_shared<std::packaged_task<void()>>([this] { run(); });
     std::future<void> threadEnd = task->get_future();
-    startDetachedThread([self = shared_from_this(), task] { (*task)(); }, stackSize_);
+    startDetachedThread([self = weak_from_this().lock(), task] { (*task)(); }, stackSize_);
     threadEnd_ = std::move(threadEnd);
     return promise_.get_future();
 }

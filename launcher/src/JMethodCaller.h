@@ -1,7 +1,8 @@
 // JMethodCaller: runs one static method of the Java interface class on a Java
 // thread of its own and reports the outcome through a future. The first of
 // its variants that the class declares is the one called. Shared between its
-// owner and the thread that it starts, whichever lasts longer.
+// owner and the thread that it starts, whichever lasts longer; where it has a
+// sole owner, or is on the stack, its end waits for that thread.
 #pragma once
 
 #include <jni.h>
@@ -29,6 +30,7 @@ public:
     /// (code 21) for no variants.
     JMethodCaller(JavaVM* jvm, std::wstring className, std::string threadName, Variants variants,
                   Completion completion, bool isStart, std::size_t stackSize = 0);
+    ~JMethodCaller() { waitForThread(); }
     JMethodCaller(const JMethodCaller&) = delete;
     JMethodCaller& operator=(const JMethodCaller&) = delete;
 

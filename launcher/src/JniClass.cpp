@@ -41,6 +41,15 @@ JniClass::JniClass(JniClass&& other) noexcept
 {
 }
 
+JniClass& JniClass::operator=(JniClass&& other) noexcept
+{
+    JniClass taken(std::move(other));
+    std::swap(env_, taken.env_);
+    std::swap(class_, taken.class_);
+    std::swap(name_, taken.name_);
+    return *this;
+}
+
 jclass JniClass::newGlobalRef() const
 {
     return static_cast<jclass>(env_->NewGlobalRef(class_));

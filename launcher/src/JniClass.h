@@ -23,8 +23,9 @@ public:
     /// The class of an object, under the name "java/lang/Class".
     [[nodiscard]] static JniClass ofObject(JNIEnv* env, jobject object);
     ~JniClass();
-    /// Leaves `other` null.
+    // Both leave `other` null.
     JniClass(JniClass&& other) noexcept;
+    JniClass& operator=(JniClass&& other) noexcept;
     JniClass(const JniClass&) = delete;
     JniClass& operator=(const JniClass&) = delete;
 

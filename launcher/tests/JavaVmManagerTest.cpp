@@ -40,11 +40,15 @@ TEST_P(JavaVmManagerTest, ReportsMissingMethodsThroughTheFutures)
 TEST_P(JavaVmManagerTest, ACallerEndsWithItsThread)
 {
     createJvm();
-    JMethodCaller::Variants variants;
-    variants.push_back(
-        std::make_unique<SingleArgumentMethodVariant>(L"none", std::vector<std::wstring>{}));
-    auto caller = std::make_shared<JMethodCaller>(jvm(), L"java/lang/String", "caller",
-                                                  std::move(variants), nullptr, false);
+    const auto newCaller = [this] {
+        JMethodCaller::Variants variants;
+        variants.push_back(
+            std::make_unique<SingleArgumentMethodVariant>(L"none", std::vector<std::wstring>{}));
+        return std::make_unique<JMethodCaller>(jvm(), L"java/lang/String", "caller",
+                                               std::move(variants), nullptr, false);
+    };
+    EXPECT_EQ(raised([&] { newCaller()->start().get(); }), L"9 Cannot find method none");
+    std::shared_ptr<JMethodCaller> caller = newCaller();
     const std::weak_ptr<JMethodCaller> watched = caller;
     EXPECT_EQ(raised([&] { caller->start().get(); }), L"9 Cannot find method none");
     caller.reset();

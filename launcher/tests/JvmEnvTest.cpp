@@ -43,7 +43,9 @@ TEST_P(JvmEnvTest, ReportsWhatAClassDoesNotHave)
 {
     createJvm();
     const auto env = JvmEnv::attachToExistingThread(jvm());
-    JniClass strings(env->get(), L"java/lang/String");
+    JniClass given(env->get(), "java/lang/String"), strings(env->get(), "java/lang/Object");
+    strings = std::move(given);
+    EXPECT_TRUE(given.isNull());  // NOLINT(bugprone-use-after-move): which leaves it so
     EXPECT_TRUE(strings.hasStaticMethod("valueOf", "(I)Ljava/lang/String;"));
     EXPECT_FALSE(strings.hasStaticMethod("valueOf", "(I)V"));
     EXPECT_FALSE(env->ExceptionCheck());
