@@ -47,7 +47,7 @@ std::atomic<bool> jvmEndsProcess{false};
 void onJvmExit()
 {
     jvmEndsProcess.store(true, std::memory_order_release);
-    logInfo({kClass, L"onJvmExit"}, L"JVM exited");
+    logInfo({kClass, L"run"}, L"JVM exited");
     postStopRequest(false);
     StopSignalLog::drain();  // the log is released next
 }
@@ -55,7 +55,7 @@ void onJvmExit()
 /// The Java start method has returned or thrown; runs on its thread.
 void onStartMethodEnd()
 {
-    logInfo({kClass, L"onStartMethodEnd"}, L"Java start method finished");
+    logInfo({kClass, L"run"}, L"Java start method finished");
     postApplicationEnd();
 }
 
@@ -182,7 +182,19 @@ void Daemon::exceptionHandler(const LauncherException& exception)
 void Daemon::savePidFile()
 {
     std::wstring path = parameters_->getPidFile();
-    pidFile_->save(path);
+    if (path.empty()) return;
+    const bool isOurs = !pidFile_->mayExist(path);
+    const FileLock lock(path, FileLock::Missing::Create);
+    if (pidFile_->runningOwner(path)) {  // started at the same time, and was faster
+        throw LauncherException(exit_code::kPidFile,
+                                getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
+    }
+    try {
+        pidFile_->save(path);
+    } catch (const LauncherException&) {
+        if (isOurs) pidFile_->remove(path);
+        throw;
+    }
     savedPidFile_ = std::move(path);  // whatever fails now, it will be removed
     if (!parameters_->getWorkDir().empty()) savedPidFile_ = withWorkingDirectory(savedPidFile_);
 }

@@ -46,6 +46,8 @@ private:
         std::future<void> stopMethod;  ///< valid when a stop was spawned
     };
 
+    /// Under a lock, which the look for another owner needs. Leaves no file behind
+    /// where there was none and it cannot be written.
     void savePidFile();
     void removePidFile() const noexcept;
     void changeWorkingDirectoryIfNeeded() const;

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "FileContent.h"
-#include "FileLock.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
@@ -46,17 +45,6 @@ Content readContent(const std::wstring& path)
     return {static_cast<std::int32_t>(pid), nullptr};
 }
 
-/// Deletes what was written of a file, if anything was.
-void discard(const std::wstring& path)
-{
-    if (isSpecialFile(toUtf8(path))) return;
-    try {
-        getOsUtilsFactory().getFileUtils().deleteFile(path);
-    } catch (const LauncherException&) {
-        // The failure to write it is the one to tell.
-    }
-}
-
 }  // namespace
 
 bool PidFile::mayExist(const std::wstring& path) const
@@ -73,16 +61,9 @@ void PidFile::save(const std::wstring& path) const
     if (path.empty()) return;
     IOsUtilsFactory& os = getOsUtilsFactory();
     const std::string pid = std::to_string(os.getProcessUtils().getCurrentProcessId());
-    const bool isOurs = !mayExist(path);
-    const FileLock lock(path, FileLock::Missing::Create);
-    if (runningOwner(path)) {  // started at the same time, and was faster
-        throw LauncherException(exit_code::kPidFile,
-                                getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
-    }
     try {
         os.getFileUtils().writeFile(pid.data(), static_cast<std::uint32_t>(pid.size()), path);
     } catch (const LauncherException& e) {
-        if (isOurs) discard(path);
         throw LauncherException(exit_code::kPidFile, e.message());
     }
     logInfo({kClass, L"save"}, L"PID saved", L"path", path);

@@ -14,10 +14,9 @@ public:
     /// False only when there certainly is no such file.
     [[nodiscard]] bool mayExist(const std::wstring& path) const;
 
-    /// Writes the current process id, under a lock of the file; nothing for an
-    /// empty path. Throws LauncherException (code 3): for a file that names
-    /// another running process IDS_PIDFILE_EXISTS_PROCESS_RUNNING, else the text
-    /// of the failed operation. Leaves no file then where there was none.
+    /// Writes the current process id over whatever the file holds; nothing for an
+    /// empty path. Throws LauncherException (code 3) with the text of the failed
+    /// operation.
     void save(const std::wstring& path) const;
 
     /// Deletes the file. Never throws a LauncherException: gives the system's

@@ -5,7 +5,6 @@
 
 #include <tuple>
 
-#include "ScopedFileSizeLimit.h"
 #include "UnitTest.h"
 
 namespace {
@@ -24,21 +23,6 @@ TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
     ASSERT_EQ(mkfifo((dir_ / "pipe").c_str(), 0600), 0);  // that nobody reads
     EXPECT_EQ(raised([this] { PidFile().save(dir_.wide("pipe")); }),
               at(L"3 Cannot write file '@/pipe'. Error: (6) No such device or address"));
-}
-
-TEST_F(PidFileTest, LeavesNoHalfWrittenFileOfItsOwn)
-{
-    dir_.write("older", "999999999");
-    std::wstring error, olderError;
-    {
-        const ScopedFileSizeLimit full(0);
-        error = raised([this] { PidFile().save(dir_.wide("pid")); });
-        olderError = raised([this] { PidFile().save(dir_.wide("older")); });
-    }
-    EXPECT_EQ(error, at(L"3 Cannot write file '@/pid'. Error: (27) File too large"));
-    EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
-    EXPECT_EQ(olderError, at(L"3 Cannot write file '@/older'. Error: (27) File too large"));
-    EXPECT_TRUE(std::filesystem::exists(dir_ / "older"));
 }
 
 TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
