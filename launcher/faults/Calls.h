@@ -72,7 +72,11 @@ inline constexpr Call kCalls[] = {
     {"regcomp", {REG_ESPACE}, 0, Way::Code},
     {"regexec", {REG_ESPACE}, 0, Way::Code},
     // Processes, signals and threads
+    {"pipe2", {EMFILE, ENFILE}},
+    {"fork", {EAGAIN, ENOMEM}},
     {"daemon", {EAGAIN, ENOMEM}},
+    {"read", {EINTR, EIO}},
+    {"waitpid", {EINTR}},
     {"kill", {EPERM}},
     {"sigqueue", {EAGAIN, EPERM}},
     {"sigaction", {EINVAL}},

@@ -137,6 +137,7 @@ int Daemon::run(IService& service)
     service.reportStartPending(kWaitHintMillis);
     stopSignals_.hold();
     savePidFile();
+    service.releaseCaller();
     changeWorkingDirectoryIfNeeded();
     javaVmManager_->load(composeJvmOptions(*parameters_), parameters_->getJvmLibraryPath(), 0);
     const std::shared_ptr<StopRequestListener> listener =

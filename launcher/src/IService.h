@@ -14,4 +14,7 @@ public:
     virtual ~IService() = default;
     /// True when the launcher detaches from the terminal.
     [[nodiscard]] virtual bool isDaemon() const = 0;
+    /// The PID file is there, or there will be none: lets whoever has run a
+    /// detached launcher go on.
+    virtual void releaseCaller() {}
 };

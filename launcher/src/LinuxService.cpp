@@ -1,7 +1,5 @@
 #include "LinuxService.h"
 
-#include <unistd.h>
-
 #include "IConsole.h"
 #include "IOsUtilsFactory.h"
 #include "IServiceObject.h"
@@ -101,11 +99,9 @@ LinuxService::State LinuxService::state() const
     return static_cast<State>(state_.load(std::memory_order_acquire));
 }
 
-/// Goes on in a child process without a terminal, in the same directory and
-/// with the same streams. Before any other thread exists.
 bool LinuxService::detach()
 {
-    if (daemon(1, 1) == 0) return true;
+    if (detachment_.detach()) return true;
     const std::wstring error = getOsUtilsFactory().getSystemUtils().getLastErrorText();
     logError({kClass, L"start"}, L"Daemon failed", L"Error", error);
     tellOnStandardError(formatMessage(IDS_CANNOT_DETACH, error));

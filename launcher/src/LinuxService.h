@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "Detachment.h"
 #include "IService.h"
 
 class IServiceObject;
@@ -31,6 +32,7 @@ public:
     void reportStopped() override;
     ~LinuxService() override;
     [[nodiscard]] bool isDaemon() const override { return isDaemon_; }
+    void releaseCaller() override { detachment_.release(); }
 
     /// Runs the service object to its end and gives its result; 21 when it was
     /// started before, 20 when the process cannot be detached. A
@@ -47,4 +49,5 @@ private:
     IServiceObject& serviceObject_;
     std::atomic<int> state_{kCreated};
     bool isDaemon_;
+    Detachment detachment_;
 };

@@ -90,11 +90,20 @@ TEST_F(StartFailureE2eTest, NamesTheReasonWhyTheJvmWasNotCreated)
                   notCreated + "Java version is not sufficient for the application.\n");
 }
 
-TEST_F(StartFailureE2eTest, IsInTheLogOfADetachedLauncher)
+TEST_F(StartFailureE2eTest, ADetachedLauncherCanBeFoundWhenTheCommandReturnsAndLogsItsFailure)
 {
-    EXPECT_EQ(startFake(-4).args("--daemon").run().status, 0);
-    ASSERT_TRUE(waitUntil([this] { return log().holds("ERROR Cannot create JVM 8 instance"); }));
-    EXPECT_EQ(ChildProcesses::waitForExit(log().tid), 4);
+    const LauncherRun run = startFake(-4).args("--daemon").env("FAKE_JVM_UNTIL", "go");
+    for (int round = 0; round < 10; ++round) {
+        std::filesystem::remove(dir / "go");
+        const LauncherProcess command = run.start();
+        waitid(P_PID, static_cast<id_t>(command.pid), nullptr, WEXITED | WNOWAIT);  // not later
+        const pid_t daemon = savedPid();
+        ASSERT_NE(daemon, 0) << round;
+        dir.write("go", "");
+        EXPECT_EQ(command.waitForExit().status, 0);
+        EXPECT_EQ(ChildProcesses::waitForExit(daemon), 4);
+        EXPECT_EQ(log().tid, daemon);
+    }
     EXPECT_TRUE(log().holds("ERROR Launcher has stopped."));
     EXPECT_EQ(log().last(), "ERROR " + notCreated + "Error -4: not enough memory exitCode=4");
     EXPECT_FALSE(exists("service.pid"));
