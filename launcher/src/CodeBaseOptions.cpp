@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "CodeBaseWarnings.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "LauncherException.h"
@@ -15,6 +16,7 @@
 namespace {
 
 constexpr wchar_t kClass[] = L"Daemon";
+constexpr wchar_t kModulePathOption[] = L"--module-path=";
 
 IFileUtils& fileUtils()
 {
@@ -70,6 +72,7 @@ public:
     explicit PathList(const wchar_t* option) : text_(option), optionSize_(text_.size()) {}
 
     [[nodiscard]] bool isEmpty() const { return text_.size() == optionSize_; }
+    [[nodiscard]] bool isOfModules() const { return text_.starts_with(kModulePathOption); }
     /// Makes room at once: there may be thousands of long paths.
     void reserveFor(const std::vector<std::wstring>& files)
     {
@@ -97,7 +100,8 @@ void resolveEntry(const std::wstring& rawEntry, PathList& result)
         return;
     }
     logInfo({kClass, L"resolveWildcards"}, L"Java code base path wildcards", L"pathMask", rawEntry);
-    const FileMask fileMask = splitEntry(normalizeEntry(rawEntry));
+    const std::wstring entry = normalizeEntry(rawEntry);
+    const FileMask fileMask = splitEntry(entry);
     if (!fileUtils().fileExists(fileMask.directory)) {
         logInfo({kClass, L"resolveWildcards"}, L"Directory for pattern does not exist");
         return;
@@ -112,6 +116,11 @@ void resolveEntry(const std::wstring& rawEntry, PathList& result)
     for (const std::wstring& file : files) {
         logInfo({kClass, L"resolveWildcards"}, L"File matched", L"filename", file);
         result.add(file);
+    }
+    if (!fileMask.mask.empty()) {
+        warnAboutNeighbors(entry, fileMask.directory, fileMask.mask, files);
+    } else if (!result.isOfModules()) {
+        warnAboutDirectory(entry, files);
     }
 }
 
@@ -143,7 +152,7 @@ std::vector<std::wstring> composeJvmOptions(const LauncherParameters& parameters
 {
     std::vector<std::wstring> options;
     try {
-        addPathOption(parameters.getModulePath(), L"--module-path=", IDS_CANNOT_FIND_MODULE_PATH,
+        addPathOption(parameters.getModulePath(), kModulePathOption, IDS_CANNOT_FIND_MODULE_PATH,
                       options);
         addPathOption(parameters.getClassPath(), L"-Djava.class.path=", IDS_CANNOT_FIND_CLASS_PATH,
                       options);

@@ -1,6 +1,7 @@
 #include "CodeBaseOptions.h"
 
 #include <set>
+#include <tuple>
 
 #include "UnitTest.h"
 
@@ -41,6 +42,38 @@ TEST_F(CodeBaseOptionsTest, ResolvesMasksFilesAndDirectories)
             raised([&] { return resolveWildcards(path); }).starts_with(L"2 Only file names"));
     }
     std::filesystem::current_path("/");
+}
+
+TEST_F(CodeBaseOptionsTest, WarnsOfEntriesThatAreNoneOfJava)
+{
+    const std::wstring more = L"Path entry also matches other files pathMask=";
+    const std::wstring wrong = L"Path entry does not match the file that it names pathMask=";
+    const std::tuple<std::string, std::string, std::wstring, std::wstring> cases[] = {
+        {"app.jar", "app.jar.bak", more, L"^app.jar$"},
+        {"b.jar", "b-jar", more, L"^b[.]jar$"},
+        {"c[1].jar", "c1.jar", wrong, L"^c[[]1][.]jar$"},
+        {"d*^", "d.^", more, L"^d[)-+]^$"},
+        {"^e$", "e", wrong, L"^^e$$"},
+    };
+    const std::wstring start = L"WARN Daemon.resolveWildcards: ";
+    for (const auto& [name, other, message, instead] : cases) {
+        const std::wstring entry = at(L"@/") + toWide(name);
+        dir_.write(name, "");
+        dir_.write(other, "");
+        std::ignore = resolveWildcards(entry);
+        EXPECT_EQ(log_.lines().back(), start + message + entry + L", others=" + toWide(other) +
+                                           L", count=1, instead=" + at(L"@/") + instead);
+        EXPECT_EQ(resolveWildcards(at(L"@/") + instead), entry);
+        EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));
+    }
+    dir_.write("conf/app.properties", "");
+    std::ignore = resolveWildcards(at(L"@/conf/"));
+    EXPECT_EQ(log_.lines().back(), at(start + L"Class path directory holds no archive "
+                                              L"pathMask=@/conf, instead="
+                                              L"'--jvmopt=-Xbootclasspath/a:@/conf'"));
+    dir_.write("conf/a.jar", "");
+    std::ignore = resolveWildcards(at(L"@/conf"));
+    EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));
 }
 
 }  // namespace

@@ -85,7 +85,8 @@ TEST_F(YamlReaderTest, TakesNoStackForWhatAFileHolds)
     for (std::size_t depth = 0; depth < 4000; ++depth) text += std::string(depth, ' ') + "a:\n";
     for (int i = 0; i < 500'000; ++i) text += "b:\n";
     const auto parse = [](void* argument) -> void* {
-        const std::shared_ptr<const YamlNode> tree = parseYaml(*static_cast<std::string*>(argument));
+        const std::shared_ptr<const YamlNode> tree =
+            parseYaml(*static_cast<std::string*>(argument));
         int depth = 0;
         for (const YamlNode* node = tree.get(); node; node = node->firstChild()) ++depth;
         EXPECT_EQ(depth, 4000);
