@@ -44,6 +44,8 @@ inline constexpr Call kCalls[] = {
     {"stat", {EACCES, ELOOP, ENOMEM, ENOTDIR, EIO}},
     {"lstat", {EACCES, ENOENT, EIO, ENOMEM}},
     {"fstat", {EOVERFLOW, ENOMEM, EIO}},
+    {"fchown", {EPERM, EIO, EROFS}},
+    {"fchmod", {EPERM, EIO, EROFS}},
     {"unlink", {EACCES, EBUSY, EIO, ENOENT, ENOMEM, EPERM, EROFS}},
     {"renameat2", {EACCES, EBUSY, EDQUOT, EEXIST, EINVAL, EIO, EISDIR, ENOENT, ENOSPC, EROFS}},
     {"mkdir", {EACCES, ENOSPC, EROFS, EDQUOT, EMLINK, ENOENT, ENOTDIR, ELOOP, ENOMEM}},

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -94,6 +95,36 @@ RotationState readRotationState(const std::wstring& path, const std::string& dir
     return state;
 }
 
+/// Whose a file is, and who may use it.
+struct Ownership {
+    uid_t user;
+    gid_t group;
+    mode_t mode;
+};
+
+/// Of the log at `path`, when it is another user's and this one may give files
+/// away.
+std::optional<Ownership> foreignOwnership(const std::string& path)
+{
+    struct stat status {};
+    const bool isForeign = geteuid() == 0 && lstat(path.c_str(), &status) == 0 &&
+                           S_ISREG(status.st_mode) && status.st_uid != geteuid();
+    if (!isForeign) return std::nullopt;
+    return Ownership{status.st_uid, status.st_gid, status.st_mode & 0777};
+}
+
+/// A new log for the user whose log was renamed, who could not write to one of
+/// root's: as `create` of logrotate(8). Null where a file or link is there by
+/// now, which is not given away.
+FileHandle createFor(const Ownership& owner, const std::string& path)
+{
+    const int file = open(
+        path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner.mode);
+    if (file < 0) return {};
+    if (fchown(file, owner.user, owner.group) == 0) fchmod(file, owner.mode);  // past the umask
+    return FileHandle(fdopen(file, "a+b"));
+}
+
 /// Renames the log to the next number, with the flags of renameat2(2). With
 /// `mayRetry` false when another launcher, started at the same time, has just
 /// taken the number or renamed the log.
@@ -115,7 +146,8 @@ bool tryRotate(const std::wstring& path, const std::string& bytePath, const Rota
                                                                toWide(target.data()), error));
 }
 
-void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
+/// Gives the ownership that the new log should have, when it is not ours.
+std::optional<Ownership> rotateExistingLog(const std::wstring& path, const std::string& bytePath)
 {
     const std::size_t separator = bytePath.find_last_of("/\\");
     const bool bare = separator == std::string::npos;
@@ -128,10 +160,12 @@ void rotateExistingLog(const std::wstring& path, const std::string& bytePath)
         !isSpecialFile(bytePath) && !getOsUtilsFactory().getFileUtils().isDirectory(path);
     for (int tries = 0; tries <= kMaxLostRaces; ++tries) {
         const RotationState state = readRotationState(path, directory, baseName);
-        if (!state.logExists || !isLog) return;
+        if (!state.logExists || !isLog) return std::nullopt;
         const bool isLast = tries == kMaxLostRaces;
-        if (tryRotate(path, bytePath, state, isLast ? 0 : RENAME_NOREPLACE, !isLast)) return;
+        const std::optional<Ownership> owner = foreignOwnership(bytePath);
+        if (tryRotate(path, bytePath, state, isLast ? 0 : RENAME_NOREPLACE, !isLast)) return owner;
     }
+    return std::nullopt;
 }
 
 thread_local pid_t threadId = 0;  // until the thread asks for it
@@ -173,8 +207,8 @@ std::wstring_view lastComponent(std::wstring_view path)
 LinuxFileLogger::LinuxFileLogger(const std::wstring& path, std::int32_t pid) : pid_(pid)
 {
     const std::string bytePath = toUtf8(path);
-    rotateExistingLog(path, bytePath);
-    stream_ = openFile(bytePath, "a+b");
+    if (const auto owner = rotateExistingLog(path, bytePath)) stream_ = createFor(*owner, bytePath);
+    if (!stream_) stream_ = openFile(bytePath, "a+b");
     if (!stream_) raiseCreationError(path);
 }
 

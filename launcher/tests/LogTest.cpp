@@ -165,6 +165,21 @@ TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
     }
 }
 
+TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBefore)
+{
+    const std::string file = dir_.write("app.log", "");
+    if (chown(file.c_str(), 65534, 65533) != 0) GTEST_SKIP() << "needs the right to give files away";
+    chmod(file.c_str(), 0620);
+    const mode_t before = umask(077);
+    LinuxFileLogger(file_, 1).flush();
+    umask(before);
+    struct stat status {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(std::tuple(status.st_uid, status.st_gid, status.st_mode),
+              std::tuple(65534U, 65533U, S_IFREG | 0620U));
+    EXPECT_TRUE(std::filesystem::exists(dir_ / "app.log.1"));
+}
+
 TEST_F(LogTest, ReportsALogThatCannotBeMade)
 {
     const std::wstring absent = dir_.wide("absent/app.log");
