@@ -13,6 +13,7 @@
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
 #include "ProcessHandle.h"
+#include "ProcessHistory.h"
 #include "SpecialFile.h"
 #include "TextConversion.h"
 
@@ -113,12 +114,25 @@ std::int32_t PidFile::read(const std::wstring& path, std::wostream& errorStream)
     return content.pid;
 }
 
+bool PidFile::isOlderThanProcess(const std::wstring& path, std::int32_t pid) const
+{
+    if (!cannotHaveWritten(pid, toUtf8(path))) return false;
+    logInfo({kClass, L"isOlderThanProcess"}, L"PID file is older than the process with its PID",
+            L"path", path, L"pid", pid);
+    return true;
+}
+
+bool PidFile::isOwnedBy(const std::wstring& path, std::int32_t pid) const
+{
+    return isOtherProcessRunning(pid) && !isOlderThanProcess(path, pid);
+}
+
 std::optional<std::int32_t> PidFile::runningOwner(const std::wstring& path) const
 {
     if (isSpecialFile(toUtf8(path))) return std::nullopt;
     try {
         const Content content = readContent(path);
-        if (isOtherProcessRunning(content.pid)) return content.pid;
+        if (isOwnedBy(path, content.pid)) return content.pid;
     } catch (const LauncherException&) {
         // One that cannot be read tells of nobody.
     }

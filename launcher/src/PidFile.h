@@ -30,7 +30,15 @@ public:
     /// path (code 21) and when the file cannot be read (code 20).
     [[nodiscard]] std::int32_t read(const std::wstring& path, std::wostream& errorStream) const;
 
-    /// The process id in the file when another process with it runs; nothing
-    /// for any other content and for a file that cannot be read.
+    /// Whether the id `pid`, which the file holds, was certainly given to a stranger
+    /// since; the log then tells so.
+    [[nodiscard]] bool isOlderThanProcess(const std::wstring& path, std::int32_t pid) const;
+
+    /// Whether another process runs with the id `pid`, which the file holds, and may
+    /// have written it.
+    [[nodiscard]] bool isOwnedBy(const std::wstring& path, std::int32_t pid) const;
+
+    /// The process id in the file when another process owns it; nothing for any
+    /// other content and for a file that cannot be read.
     [[nodiscard]] std::optional<std::int32_t> runningOwner(const std::wstring& path) const;
 };

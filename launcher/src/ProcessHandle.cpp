@@ -4,36 +4,19 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <sstream>
 
-#include "FileHandle.h"
+#include "ProcessHistory.h"
 
 namespace {
 
-/// Field 22 of /proc/<pid>/stat, see proc(5); empty when it cannot be read.
-std::string readStartTime(pid_t pid)
-{
-    constexpr int kFieldsBehindName = 22 - 2;
-    const FileHandle file = openFile("/proc/" + std::to_string(pid) + "/stat", "r");
-    std::array<char, 1024> line{};
-    if (!file || !fgets(line.data(), static_cast<int>(line.size()), file.get())) return {};
-    std::string text = line.data();
-    text.erase(0, text.rfind(')') + 1);  // the name may hold blanks and brackets
-    std::istringstream fields(text);
-    std::string field;
-    for (int i = 0; i < kFieldsBehindName; ++i) fields >> field;
-    return field;
-}
-
 /// Whether the number is another process's by now, as far as that can be told: a
 /// start time that cannot be read tells nothing.
-bool hasChangedHands(pid_t pid, const std::string& startTime)
+bool hasChangedHands(pid_t pid, const std::string& startTicks)
 {
-    if (startTime.empty()) return false;
-    const std::string now = readStartTime(pid);
-    return !now.empty() && now != startTime;
+    if (startTicks.empty()) return false;
+    const std::string now = readStartTicks(pid);
+    return !now.empty() && now != startTicks;
 }
 
 /// What sigqueue(3) tells the receiver.
@@ -58,7 +41,7 @@ ProcessHandle::ProcessHandle(std::int32_t pid) : pid_(pid), reachesNone_(pid <= 
     const bool isUsable = descriptor_.isOpen() && sendSignal(0) != ENOSYS;
     if (isUsable || reachesNone_) return;
     descriptor_ = FileDescriptor();
-    startTime_ = readStartTime(pid);
+    startTicks_ = readStartTicks(pid);
 }
 
 bool ProcessHandle::isRunning() const
@@ -94,7 +77,7 @@ int ProcessHandle::send(int signal, bool queued) const
     if (descriptor_.isOpen()) {
         result =
             syscall(SYS_pidfd_send_signal, descriptor_.get(), signal, queued ? &info : nullptr, 0);
-    } else if (hasChangedHands(pid_, startTime_)) {
+    } else if (hasChangedHands(pid_, startTicks_)) {
         return ESRCH;
     } else {
         result = queued ? sigqueue(pid_, signal, sigval{}) : kill(pid_, signal);

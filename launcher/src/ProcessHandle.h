@@ -32,7 +32,7 @@ private:
     std::int32_t pid_;
     bool reachesNone_;
     FileDescriptor descriptor_;  ///< see pidfd_open(2); not every system has it
-    std::string startTime_;      ///< without it, tells processes apart
+    std::string startTicks_;     ///< without it, tells processes apart
 };
 
 /// Whether a process other than this one has the id `pid`, which may be any

@@ -15,7 +15,6 @@
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
 #include "PidFile.h"
-#include "ProcessHandle.h"
 #include "SpecialFile.h"
 #include "TextConversion.h"
 
@@ -76,11 +75,13 @@ std::wstring pidFileSeenByProcess(const StopRequestClient& client, const std::ws
     return {};
 }
 
-/// Whether the process has ended, in order, since its id was read from its PID
-/// file: the id may be another process's by now.
-bool hasWithdrawn(const std::wstring& pidFilePath)
+/// Whether the launcher that has written the PID file, from which `pid` was read,
+/// is gone for certain, so that the id may be another process's: the file is no
+/// longer there, or is older than the process.
+bool isGone(const std::wstring& pidFilePath, std::int32_t pid)
 {
-    return !pidFilePath.empty() && !PidFile().mayExist(pidFilePath);
+    if (pidFilePath.empty()) return false;
+    return !PidFile().mayExist(pidFilePath) || PidFile().isOlderThanProcess(pidFilePath, pid);
 }
 
 /// What is told about the PID file of a launcher that was killed.
@@ -135,7 +136,7 @@ int StopRequestClient::stop(const std::wstring& pidFilePath,
 {
     // To be asked while the process still is there.
     const std::wstring pidFile = pidFilePath.empty() ? getPidFilePath(*this) : pidFilePath;
-    switch (hasWithdrawn(pidFilePath) ? Result::NotFound : askToStop(*this, timeoutMillis, fast)) {
+    switch (isGone(pidFilePath, pid_) ? Result::NotFound : askToStop(*this, timeoutMillis, fast)) {
         case Result::NotFound:
             console.writeErrorLine(formatMessage(IDS_LAUNCHER_NOT_FOUND_NOTHING_STOPPED, pid_));
             return kExitNotFound;
@@ -245,7 +246,7 @@ void StopRequestClient::checkClientLauncherIsNotRunning(const std::wstring& pidF
         return;
     }
     if (const std::optional<std::int32_t> pid = readOldPidFile(pidFilePath)) {
-        if (isOtherProcessRunning(*pid)) {
+        if (PidFile().isOwnedBy(pidFilePath, *pid)) {
             throw LauncherException(exit_code::kPidFile,
                                     getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
         }

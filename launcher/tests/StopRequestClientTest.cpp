@@ -1,12 +1,17 @@
 #include "StopRequestClient.h"
 
+#include <spawn.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <tuple>
 
+#include "ChildProcesses.h"
 #include "IConsole.h"
 #include "IOsUtilsFactory.h"
 #include "LinuxStopRequestClient.h"
+#include "MessageIds.h"
 #include "UnitTest.h"
 
 namespace {
@@ -124,6 +129,57 @@ TEST_F(StopRequestClientTest, AStartDeletesAPidFileThatNamesNoOtherRunningProces
         dir_.write("pid", content);
         StopRequestClient::checkClientLauncherIsNotRunning(dir_.wide("pid"));
         EXPECT_FALSE(std::filesystem::exists(dir_ / "pid")) << content;
+    }
+}
+
+/// A process that runs `program`, until the end of the scope.
+class Stranger final {
+public:
+    explicit Stranger(std::string program)
+    {
+        char duration[] = "1000";
+        char* const arguments[] = {program.data(), duration, nullptr};
+        EXPECT_EQ(posix_spawn(&pid_, program.c_str(), nullptr, nullptr, arguments, nullptr), 0);
+    }
+    ~Stranger()
+    {
+        kill(pid_, SIGKILL);
+        EXPECT_EQ(ChildProcesses::waitForExit(pid_), -SIGKILL);
+    }
+    Stranger(const Stranger&) = delete;
+    Stranger& operator=(const Stranger&) = delete;
+
+    [[nodiscard]] pid_t pid() const { return pid_; }
+
+private:
+    pid_t pid_ = 0;
+};
+
+TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
+{
+    const std::string own = std::filesystem::read_symlink("/proc/self/exe").filename();
+    std::filesystem::copy_file("/bin/sleep", dir_ / own);
+    const Stranger sleep("/bin/sleep"), namesake(dir_ / own);
+    std::filesystem::remove(dir_ / own);  // as an upgrade does
+    const std::tuple<pid_t, std::chrono::seconds, bool> cases[] = {
+        {sleep.pid(), std::chrono::seconds(5), false},  // clocks are not that exact
+        {sleep.pid(), std::chrono::hours(1), true},
+        {sleep.pid(), std::chrono::hours(-1), false},
+        {namesake.pid(), std::chrono::hours(1), false},
+    };
+    const std::wstring file = dir_.wide("pid");
+    for (const auto& [pid, age, isStale] : cases) {
+        const auto now = std::filesystem::file_time_type::clock::now();
+        std::filesystem::last_write_time(dir_.write("pid", std::to_string(pid)), now - age);
+        if (isStale) {
+            EXPECT_EQ(stop(LinuxStopRequestClient(pid), Timeout(0), file),
+                      L"11 Launcher with PID=" + std::to_wstring(pid) +
+                          L" not found, nothing was stopped\n");
+        }
+        EXPECT_EQ(
+            raised([&] { StopRequestClient::checkClientLauncherIsNotRunning(file); }),
+            isStale ? L"nothing raised" : L"3 " + getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
+        EXPECT_EQ(std::filesystem::exists(dir_ / "pid"), !isStale) << age.count();
     }
 }
 
