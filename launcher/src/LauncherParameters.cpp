@@ -138,6 +138,11 @@ std::wstring LauncherParameters::getInstanceRoot() const
     return cliArgs_.getInstanceRoot();
 }
 
+const std::wstring& LauncherParameters::getProcName() const
+{
+    return cliArgs_.getProcName();
+}
+
 bool LauncherParameters::isQuiet() const
 {
     return cliArgs_.isQuiet() || config_.isQuiet();

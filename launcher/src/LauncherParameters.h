@@ -44,6 +44,7 @@ public:
     /// The interface class as given, "package.Class".
     [[nodiscard]] std::wstring getMainClass() const;
     [[nodiscard]] std::wstring getInstanceRoot() const;
+    [[nodiscard]] const std::wstring& getProcName() const;
     [[nodiscard]] bool isQuiet() const;
     [[nodiscard]] bool isDaemon() const;
     /// Lowest feature version of Java that the application accepts.

@@ -29,6 +29,7 @@
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
 #include "OutputSignals.h"
+#include "ProcessName.h"
 #include "ReleaseFileJavaChecker.h"
 #include "ServiceInstanceParameters.h"
 #include "SimpleOptional.h"
@@ -113,6 +114,7 @@ int stopAnother(const LauncherParameters& parameters, IConsole& console)
 int startService(const std::shared_ptr<const LauncherParameters>& parameters, IConsole& console)
 {
     StopRequestClient::checkClientLauncherIsNotRunning(parameters->getPidFile());
+    nameProcess(parameters->getProcName());
     Daemon daemon(parameters, console);
     LinuxService service(daemon, parameters->isDaemon());
     service.registerAsCurrent();

@@ -25,9 +25,10 @@ TEST_P(StartE2eTest, HandsArgumentsAndPropertiesOverExactly)
     EXPECT_EQ(service("start=report").run().status, 0);
     EXPECT_EQ(content("start.report"), report(false, false, ""));
 
-    run = service("start=ready,until:go,report").args("--daemon");
+    run = service("start=ready,until:go,report").args("--daemon --procname=aслужба-имя");
     EXPECT_EQ(startReady(run).waitForExit().out, "");
     const pid_t daemon = savedPid();
+    EXPECT_EQ(readText("/proc/" + std::to_string(daemon) + "/comm"), "aслужба-\n");
     dir.write("go", "");
     EXPECT_EQ(ChildProcesses::waitForExit(daemon), 0);
     EXPECT_EQ(content("start.report"), report(true, true, ""));
