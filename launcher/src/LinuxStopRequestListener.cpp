@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 
 #include "IOsUtilsFactory.h"
 #include "ISystemUtils.h"
@@ -15,12 +16,12 @@
 namespace {
 
 /// Runs on any thread, between any two instructions: only what is
-/// async-signal-safe. The records are written by StopSignalLog's thread.
+/// async-signal-safe. StopSignalLog writes the records.
 extern "C" void onStopSignal(int signalNumber)
 {
     const int savedErrno = errno;
     StopSignalLog::count(signalNumber);
-    postStopRequest(signalNumber == SIGUSR2);
+    postStopSignal(signalNumber == SIGUSR2);
     errno = savedErrno;
 }
 
@@ -36,7 +37,7 @@ void installHandlers()
     struct sigaction action {};
     action.sa_handler = onStopSignal;
     action.sa_flags = SA_RESTART;
-    action.sa_mask = stopSignalSet();  // one after the other, in the order that they came
+    action.sa_mask = stopSignalSet();  // none on top of another
     for (const int signalNumber : kStopSignals) {
         if (sigaction(signalNumber, &action, nullptr) != 0) raiseCannotStartWaiting();
     }
@@ -83,6 +84,15 @@ int LinuxStopRequestListener::signal(bool fast)
     if (requested.load()) return 0;
     noteRequest(fast ? kFastStop : kSimpleStop);
     return requested.exchange(true) ? 0 : sem_post(&semaphore_);
+}
+
+int LinuxStopRequestListener::signalFromHandler(bool fast)
+{
+    // Of signals that come together the kernel delivers SIGUSR1 first, but perhaps
+    // to another thread, which may not have got to its handler yet.
+    constexpr timespec kHeadStart{0, 10'000'000};
+    if (fast && !fastStopRequested_.load()) nanosleep(&kHeadStart, nullptr);
+    return signal(fast);
 }
 
 int LinuxStopRequestListener::signalEnd()

@@ -21,6 +21,9 @@ public:
 
     /// Async-signal-safe.
     int signal(bool fast) override;
+    /// The same for the handler of a stop signal, which the first fast request
+    /// keeps for 10 ms, so that a simple one before it is not overtaken.
+    int signalFromHandler(bool fast);
     /// A simple stop that always wakes the waiter. Async-signal-safe.
     int signalEnd();
     /// Gives each kind of stop once, the one that was requested first before

@@ -31,7 +31,7 @@ int withCurrentListener(Use use)
 StopRequestListener::~StopRequestListener()
 {
     const std::unique_ptr<LinuxStopRequestListener> listener(currentListener.exchange(nullptr));
-    // A user only flips a flag and posts a semaphore.
+    // A user flips a flag and posts a semaphore, after some milliseconds at most.
     while (listenerUsers.load() != 0) sched_yield();
 }
 
@@ -58,6 +58,12 @@ int postStopRequest(bool fast)
 {
     return withCurrentListener(
         [fast](LinuxStopRequestListener& listener) { return listener.signal(fast); });
+}
+
+int postStopSignal(bool fast)
+{
+    return withCurrentListener(
+        [fast](LinuxStopRequestListener& listener) { return listener.signalFromHandler(fast); });
 }
 
 void postApplicationEnd()

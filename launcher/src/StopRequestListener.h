@@ -28,8 +28,11 @@ public:
 [[nodiscard]] std::shared_ptr<StopRequestListener> createStopRequestListener(std::int32_t pid);
 
 /// Requests a stop of the current listener; 0 when there is none. From any
-/// thread, and from a signal handler (async-signal-safe).
+/// thread; async-signal-safe.
 int postStopRequest(bool fast);
+
+/// The same for the handler of a stop signal.
+int postStopSignal(bool fast);
 
 /// Tells the current listener that the application has ended by itself: a
 /// simple stop that wakes the waiter also when one was requested before. From

@@ -28,10 +28,11 @@ struct SignalCount {
 
 static_assert(std::atomic<unsigned>::is_always_lock_free, "the signal handler counts");
 
-// What rose and is not yet in the log.
-std::array<SignalCount, 3> counts{{{SIGUSR1, L"SIGUSR1 has risen"},
-                                   {SIGUSR2, L"SIGUSR2 has risen"},
-                                   {SIGINT, L"SIGINT has risen"}}};
+// What rose and is not yet in the log, in the order in which the kernel delivers
+// what comes together.
+std::array<SignalCount, 3> counts{{{SIGINT, L"SIGINT has risen"},
+                                   {SIGUSR1, L"SIGUSR1 has risen"},
+                                   {SIGUSR2, L"SIGUSR2 has risen"}}};
 
 // Held while counts become records; never by a signal handler.
 std::timed_mutex writeMutex;
@@ -118,5 +119,6 @@ void StopSignalLog::writeUntilStopped()
         stopped = stopped_.load(std::memory_order_acquire);
         const std::lock_guard lock(writeMutex);
         writeCounts();
+        getLogger().flush();  // nothing more may be written for long
     }
 }

@@ -4,8 +4,10 @@
 
 #include <atomic>
 #include <csignal>
+#include <future>
 #include <thread>
 
+#include "ChildProcesses.h"
 #include "LinuxStopRequestListener.h"
 #include "StopSignalLog.h"
 #include "StopSignals.h"
@@ -37,6 +39,30 @@ TEST_F(StopRequestListenerTest, GivesEachKindOnceInTheOrderOfRequest)
         listener_ = nullptr;
         listener_ = createStopRequestListener(getpid());
     }
+}
+
+TEST_F(StopRequestListenerTest, KeepsTheOrderOfSignalsThatMeetSeveralThreads)
+{
+    std::promise<void> done;
+    std::thread idle([&done] { done.get_future().wait(); });  // may take a signal, too
+    int wrong = 0;
+    for (int round = 0; round < 100; ++round) {
+        const pid_t sender = fork();
+        if (sender == 0) {
+            usleep(200);  // until somebody waits
+            kill(getppid(), SIGUSR1);
+            kill(getppid(), SIGUSR2);
+            _exit(0);
+        }
+        if (listener_->waitForEvent() != kSimpleStop) ++wrong;
+        if (listener_->waitForEvent() != kFastStop) ++wrong;
+        EXPECT_EQ(ChildProcesses::waitForExit(sender), 0);
+        listener_ = nullptr;
+        listener_ = createStopRequestListener(getpid());
+    }
+    EXPECT_EQ(wrong, 0);
+    done.set_value();
+    idle.join();
 }
 
 TEST_F(StopRequestListenerTest, LogsTheSignalBeforeTheEndOfTheWait)
