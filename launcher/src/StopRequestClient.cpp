@@ -205,14 +205,14 @@ std::wstring StopRequestClient::getPidFilePath(const StopRequestClient& client)
 }
 
 Cleanup StopRequestClient::cleanupPidFileAfterClientShutdown(const std::wstring& path,
-                                                             std::int32_t killedPid)
+                                                             std::optional<std::int32_t> endedPid)
 {
     constexpr wchar_t kMethod[] = L"cleanupPidFileAfterClientShutdown";
     const IFileUtils& files = getOsUtilsFactory().getFileUtils();
     const FileLock lock(path, FileLock::Missing::Leave);
     try {
-        if (lock.foundNoFile() || !files.fileExists(path) ||
-            PidFile().runningOwner(path).value_or(killedPid) != killedPid) {
+        const auto owner = endedPid ? PidFile().runningOwner(path) : std::nullopt;
+        if (lock.foundNoFile() || !files.fileExists(path) || (owner && owner != endedPid)) {
             logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
                     L"pidFilePath", path);
             return Cleanup::NotAccessible;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -51,11 +52,11 @@ public:
     /// The PID file named on the command line of the process, as it reads from
     /// here; empty when there is none or that cannot be told.
     [[nodiscard]] static std::wstring getPidFilePath(const StopRequestClient& client);
-    /// Removes the PID file of a launcher that has ended. One that names a running
-    /// process is another launcher's by now, and not accessible, unless that is
-    /// `killedPid`, which may take a moment to end.
-    [[nodiscard]] static Cleanup cleanupPidFileAfterClientShutdown(const std::wstring& path,
-                                                                   std::int32_t killedPid = -1);
+    /// Removes the PID file of a launcher that has ended. With `endedPid`, its
+    /// process id: a file that names another running process is a later launcher's,
+    /// and not accessible.
+    [[nodiscard]] static Cleanup cleanupPidFileAfterClientShutdown(
+        const std::wstring& path, std::optional<std::int32_t> endedPid = {});
 
     /// Start mode: throws LauncherException IDS_PIDFILE_EXISTS_PROCESS_RUNNING
     /// when a process named by the PID file runs; deletes a file that is stale
