@@ -6,7 +6,10 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <utility>
+
+#include "FileDescriptor.h"
 
 namespace {
 
@@ -28,15 +31,22 @@ bool Detachment::detach()
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return false;
     const FileDescriptor readEnd(ends[0]);
     FileDescriptor writeEnd(ends[1]);
+    // Whoever ignores its children learns nothing of them.
+    const auto childAction = std::signal(SIGCHLD, SIG_DFL);
     // daemon(3) ends the process that calls it: that is the child, not the one
     // that is waited for.
     const pid_t child = fork();
-    if (child < 0) return false;
     if (child > 0) {
         writeEnd = FileDescriptor();
         endAfterRelease(readEnd, child);
     }
-    if (daemon(1, 1) != 0) return false;
-    release_ = std::move(writeEnd);
+    std::signal(SIGCHLD, childAction);
+    if (child < 0 || daemon(1, 1) != 0) return false;
+    release_ = writeEnd.release();
     return true;
+}
+
+void Detachment::release()
+{
+    if (release_ >= 0) close(std::exchange(release_, -1));
 }

@@ -3,20 +3,18 @@
 // main thread, before there is any other.
 #pragma once
 
-#include "FileDescriptor.h"
-
 class Detachment final {
 public:
     /// Goes on in another process without a terminal, in the same directory and
-    /// with the same streams. The process that was started stays until release()
-    /// or the end of the new one, and ends with 0. False with errno when there
-    /// can be no other process.
+    /// with the same streams. The process that was started stays until release(),
+    /// and ends with 0; without release() it stays until the new one has ended, and
+    /// so has told why. False with errno when there can be no other process.
     [[nodiscard]] bool detach();
 
     /// Ends the process that was started. Does nothing in the foreground, and the
     /// second time.
-    void release() { release_ = FileDescriptor(); }
+    void release();
 
 private:
-    FileDescriptor release_;  ///< of a pipe; what counts is its end
+    int release_ = -1;  ///< of a pipe; its end tells. Outlives the object on purpose
 };

@@ -26,6 +26,8 @@ public:
 
     [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
     [[nodiscard]] int get() const { return descriptor_; }
+    /// The caller owns it from now on.
+    [[nodiscard]] int release() { return std::exchange(descriptor_, -1); }
 
 private:
     int descriptor_ = -1;
