@@ -2,7 +2,8 @@
 // thread of its own and reports the outcome through a future. The first of
 // its variants that the class declares is the one called. Shared between its
 // owner and the thread that it starts, whichever lasts longer; where it has a
-// sole owner, or is on the stack, its end waits for that thread.
+// sole owner, or is on the stack, its end waits for that thread (and so must not
+// come from the completion).
 #pragma once
 
 #include <jni.h>

@@ -168,7 +168,8 @@ TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
 TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBefore)
 {
     const std::string file = dir_.write("app.log", "");
-    if (chown(file.c_str(), 65534, 65533) != 0) GTEST_SKIP() << "needs the right to give files away";
+    if (chown(file.c_str(), 65534, 65533) != 0)
+        GTEST_SKIP() << "needs the right to give files away";
     chmod(file.c_str(), 0620);
     const mode_t before = umask(077);
     LinuxFileLogger(file_, 1).flush();
