@@ -102,15 +102,19 @@ struct Ownership {
     mode_t mode;
 };
 
-/// Of the log at `path`, when it is another user's and this one may give files
-/// away.
-std::optional<Ownership> foreignOwnership(const std::string& path)
+/// Of the log at `path`, when it is another user's and this one is root. In a
+/// directory where others than that user may create files it says nothing: a
+/// stranger may have planted it, to read what root logs.
+std::optional<Ownership> foreignOwnership(const std::string& path, const std::string& directory)
 {
-    struct stat status {};
-    const bool isForeign = geteuid() == 0 && lstat(path.c_str(), &status) == 0 &&
-                           S_ISREG(status.st_mode) && status.st_uid != geteuid();
-    if (!isForeign) return std::nullopt;
-    return Ownership{status.st_uid, status.st_gid, status.st_mode & 0777};
+    struct stat file {};
+    struct stat place {};
+    const bool isForeign = geteuid() == 0 && lstat(path.c_str(), &file) == 0 &&
+                           S_ISREG(file.st_mode) && file.st_uid != geteuid();
+    if (!isForeign || stat(directory.c_str(), &place) != 0) return std::nullopt;
+    const bool isOfRootAlone = place.st_uid == 0 && (place.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    if (place.st_uid != file.st_uid && !isOfRootAlone) return std::nullopt;
+    return Ownership{file.st_uid, file.st_gid, file.st_mode & 0777};
 }
 
 /// A new log for the user whose log was renamed, who could not write to one of
@@ -162,7 +166,7 @@ std::optional<Ownership> rotateExistingLog(const std::wstring& path, const std::
         const RotationState state = readRotationState(path, directory, baseName);
         if (!state.logExists || !isLog) return std::nullopt;
         const bool isLast = tries == kMaxLostRaces;
-        const std::optional<Ownership> owner = foreignOwnership(bytePath);
+        const std::optional<Ownership> owner = foreignOwnership(bytePath, directory);
         if (tryRotate(path, bytePath, state, isLast ? 0 : RENAME_NOREPLACE, !isLast)) return owner;
     }
     return std::nullopt;

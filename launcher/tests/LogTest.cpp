@@ -165,20 +165,30 @@ TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
     }
 }
 
-TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBefore)
+TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBeforeUnlessAnybodyMayHavePlantedThat)
 {
-    const std::string file = dir_.write("app.log", "");
-    if (chown(file.c_str(), 65534, 65533) != 0)
-        GTEST_SKIP() << "needs the right to give files away";
-    chmod(file.c_str(), 0620);
-    const mode_t before = umask(077);
-    LinuxFileLogger(file_, 1).flush();
-    umask(before);
-    struct stat status {};
-    ASSERT_EQ(stat(file.c_str(), &status), 0);
-    EXPECT_EQ(std::tuple(status.st_uid, status.st_gid, status.st_mode),
-              std::tuple(65534U, 65533U, S_IFREG | 0620U));
-    EXPECT_TRUE(std::filesystem::exists(dir_ / "app.log.1"));
+    constexpr uid_t kUser = 65534, kGroup = 65533;
+    const std::tuple<uid_t, mode_t, bool> directories[] = {{kUser, 0755, true},
+                                                           {0, 0755, true},
+                                                           {0, 0775, false},
+                                                           {0, 01777, false},
+                                                           {1, 0755, false}};
+    for (const auto& [owner, mode, isLeft] : directories) {
+        const ScopedTempDir dir;
+        const std::string file = dir.write("app.log", "");
+        if (chown(file.c_str(), kUser, kGroup) != 0) GTEST_SKIP() << "needs the rights of root";
+        chmod(file.c_str(), 0620);
+        ASSERT_EQ(chown(dir.path().c_str(), owner, 0), 0);
+        chmod(dir.path().c_str(), mode);
+        const mode_t before = umask(077);
+        LinuxFileLogger(dir.wide("app.log"), 1).flush();
+        umask(before);
+        struct stat status {};
+        ASSERT_EQ(stat(file.c_str(), &status), 0);
+        const auto ownership = std::tuple(status.st_uid, status.st_gid, status.st_mode & 0777U);
+        EXPECT_EQ(ownership, isLeft ? std::tuple(kUser, kGroup, 0620U) : std::tuple(0U, 0U, 0600U))
+            << owner << " " << mode;
+    }
 }
 
 TEST_F(LogTest, ReportsALogThatCannotBeMade)
