@@ -10,6 +10,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <tuple>
 #include <utility>
 
 #include "ChildProcesses.h"
@@ -39,7 +40,8 @@ bool allHaveEnded()
 void prepareStart(const ScopedTempDir& dir)
 {
     if (!fs::exists(dir / kPidFile)) dir.write(kPidFile, kStalePid);
-    dir.write("logs/launcher.log", "");
+    const std::string log = dir.write("logs/launcher.log", "");
+    std::ignore = chown(log.c_str(), 65534, 65534);  // of another user, where that can be
     dir.write("jars/notes.txt", "no part of the class path");
     fs::create_symlink(SERVICE_JAR, dir / "jars/service.jar");
 }
