@@ -92,6 +92,16 @@ private:
     std::size_t optionSize_;
 };
 
+std::vector<std::wstring> listMatches(const std::wstring& entry, const FileMask& fileMask)
+{
+    try {
+        return fileUtils().listFiles(fileMask.directory, fileMask.mask);
+    } catch (const LauncherException&) {  // a '[' in the name of a file is no mask, say
+        warnAboutNeighbors(entry, fileMask.directory, fileMask.mask, {});
+        throw;
+    }
+}
+
 /// Appends the files that match the entry to `result`.
 void resolveEntry(const std::wstring& rawEntry, PathList& result)
 {
@@ -106,8 +116,7 @@ void resolveEntry(const std::wstring& rawEntry, PathList& result)
         logInfo({kClass, L"resolveWildcards"}, L"Directory for pattern does not exist");
         return;
     }
-    const std::vector<std::wstring> files =
-        fileUtils().listFiles(fileMask.directory, fileMask.mask);
+    const std::vector<std::wstring> files = listMatches(entry, fileMask);
     if (files.empty()) {
         logInfo({kClass, L"resolveWildcards"}, L"The mask does not match any file in the directory",
                 L"mask", fileMask.mask);

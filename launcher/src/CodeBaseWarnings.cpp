@@ -1,11 +1,15 @@
 #include "CodeBaseWarnings.h"
 
 #include <algorithm>
+#include <array>
+#include <cwchar>
 
+#include "DirHandle.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "LauncherException.h"
 #include "Log.h"
+#include "TextConversion.h"
 
 namespace {
 
@@ -69,7 +73,23 @@ std::wstring exactEntry(const std::wstring& entry, const std::wstring& directory
 
 bool isArchive(const std::wstring& file)
 {
-    return file.ends_with(L".jar") || file.ends_with(L".zip");
+    constexpr std::array kEnds{L".jar", L".zip", L".war"};
+    const wchar_t* const end = file.c_str() + std::max<std::size_t>(file.size(), 4) - 4;
+    return std::any_of(kEnds.begin(), kEnds.end(),
+                       [end](const wchar_t* known) { return wcscasecmp(end, known) == 0; });
+}
+
+bool isClass(const std::wstring& file)
+{
+    return file.ends_with(L".class");
+}
+
+bool isEmptyDirectory(const std::wstring& path)
+{
+    DirHandle entries(toUtf8(path));
+    int count = 0;
+    while (entries.isOpen() && entries.nextName()) ++count;
+    return count <= 2;  // "." and ".."
 }
 
 }  // namespace
@@ -95,8 +115,12 @@ void warnAboutNeighbors(const std::wstring& entry, const std::wstring& directory
 void warnAboutDirectory(const std::wstring& entry, const std::vector<std::wstring>& files)
 {
     if (std::any_of(files.begin(), files.end(), isArchive)) return;
-    logWarn(
-        {kClass, L"resolveWildcards"}, L"Class path directory holds no archive", L"pathMask", entry,
-        L"instead",
-        L"--jvmopt=-Xbootclasspath/a:" + getOsUtilsFactory().getFileUtils().getAbsolutePath(entry));
+    if (files.empty() && isEmptyDirectory(entry)) return;
+    // The boot loader finds files for all, but its classes see none of the class path.
+    const bool mayHoldClasses = files.empty() || std::any_of(files.begin(), files.end(), isClass);
+    const IFileUtils& fileUtils = getOsUtilsFactory().getFileUtils();
+    logWarn({kClass, L"resolveWildcards"}, L"Class path directory holds no archive", L"pathMask",
+            entry, L"instead",
+            mayHoldClasses ? L"a jar of it"
+                           : L"--jvmopt=-Xbootclasspath/a:" + fileUtils.getAbsolutePath(entry));
 }

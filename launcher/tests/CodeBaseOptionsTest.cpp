@@ -66,13 +66,31 @@ TEST_F(CodeBaseOptionsTest, WarnsOfEntriesThatAreNoneOfJava)
         EXPECT_EQ(resolveWildcards(at(L"@/") + instead), entry);
         EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));
     }
-    dir_.write("conf/app.properties", "");
-    std::ignore = resolveWildcards(at(L"@/conf/"));
-    EXPECT_EQ(log_.lines().back(), at(start + L"Class path directory holds no archive "
-                                              L"pathMask=@/conf, instead="
-                                              L"'--jvmopt=-Xbootclasspath/a:@/conf'"));
-    dir_.write("conf/a.jar", "");
+    dir_.write("f[", "");
+    EXPECT_NE(raised([this] { return resolveWildcards(at(L"@/f[")); }), L"nothing raised");
+    EXPECT_EQ(log_.lines().back(), at(start + wrong + L"@/f[, others=, count=0, instead=@/^f[[]$"));
+}
+
+TEST_F(CodeBaseOptionsTest, WarnsOfDirectoriesWithoutArchives)
+{
+    const std::pair<std::string, std::wstring> files[] = {
+        // as they come, one after the other
+        {"conf/package/app.properties", L"a jar of it"},
+        {"conf/app.properties", at(L"'--jvmopt=-Xbootclasspath/a:@/conf'")},
+        {"conf/App.class", L"a jar of it"},
+        {"conf/A.JAR", L""},
+    };
+    std::filesystem::create_directory(dir_ / "conf");
     std::ignore = resolveWildcards(at(L"@/conf"));
+    EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));  // empty
+    for (const auto& [file, instead] : files) {
+        dir_.write(file, "");
+        std::ignore = resolveWildcards(at(L"@/conf/"));
+        const std::wstring record =
+            L"WARN Daemon.resolveWildcards: Class path directory holds no "
+            L"archive pathMask=@/conf, instead=";
+        EXPECT_EQ(log_.lines().back() == at(record) + instead, !instead.empty()) << file;
+    }
     EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));
 }
 
