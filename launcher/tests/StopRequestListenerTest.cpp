@@ -1,10 +1,10 @@
 #include "StopRequestListener.h"
 
+#include <semaphore.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <csignal>
-#include <future>
 #include <thread>
 
 #include "ChildProcesses.h"
@@ -43,8 +43,9 @@ TEST_F(StopRequestListenerTest, GivesEachKindOnceInTheOrderOfRequest)
 
 TEST_F(StopRequestListenerTest, KeepsTheOrderOfSignalsThatMeetSeveralThreads)
 {
-    std::promise<void> done;
-    std::thread idle([&done] { done.get_future().wait(); });  // may take a signal, too
+    sem_t done;
+    sem_init(&done, 0, 0);
+    std::thread idle([&done] { sem_wait(&done); });  // may take a signal, too
     int wrong = 0;
     for (int round = 0; round < 100; ++round) {
         const pid_t sender = fork();
@@ -61,8 +62,9 @@ TEST_F(StopRequestListenerTest, KeepsTheOrderOfSignalsThatMeetSeveralThreads)
         listener_ = createStopRequestListener(getpid());
     }
     EXPECT_EQ(wrong, 0);
-    done.set_value();
+    sem_post(&done);
     idle.join();
+    sem_destroy(&done);
 }
 
 TEST_F(StopRequestListenerTest, LogsTheSignalBeforeTheEndOfTheWait)
