@@ -1,10 +1,13 @@
 #include "StopRequestClient.h"
 
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <tuple>
 
 #include "ChildProcesses.h"
@@ -165,12 +168,14 @@ TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
         {sleep.pid(), std::chrono::seconds(5), false},  // clocks are not that exact
         {sleep.pid(), std::chrono::hours(1), true},
         {sleep.pid(), std::chrono::hours(-1), false},
+        {sleep.pid(), std::chrono::years(-600), false},  // beyond what nanoseconds can count
         {namesake.pid(), std::chrono::hours(1), false},
     };
     const std::wstring file = dir_.wide("pid");
     for (const auto& [pid, age, isStale] : cases) {
-        const auto now = std::filesystem::file_time_type::clock::now();
-        std::filesystem::last_write_time(dir_.write("pid", std::to_string(pid)), now - age);
+        const timespec changed{std::time(nullptr) - age.count(), 0};
+        const timespec times[] = {changed, changed};
+        ASSERT_EQ(utimensat(AT_FDCWD, dir_.write("pid", std::to_string(pid)).c_str(), times, 0), 0);
         if (isStale) {
             EXPECT_EQ(stop(LinuxStopRequestClient(pid), Timeout(0), file),
                       L"11 Launcher with PID=" + std::to_wstring(pid) +
