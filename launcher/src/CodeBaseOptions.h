@@ -19,8 +19,7 @@ class LauncherParameters;
 /// masks (in the last component only) into the ':'-separated list of matching
 /// files, in readdir(3) order. A name matches a mask as IFileUtils::listFiles
 /// says, so unanchored: "lib/app.jar" also takes "lib/myapp.jar" (required).
-/// What matches nothing drops out. The log warns of an entry that names a file
-/// and takes others, and of a directory without an archive, as which `java -cp`
-/// takes classes and configuration files; not on a module path. Throws LauncherException
-/// IDS_WILDCARDS_ONLY_FOR_FILES (code 2), or as listFiles (20).
+/// What matches nothing drops out. The log warns of entries that surprise, see
+/// CodeBaseWarnings. Throws LauncherException IDS_WILDCARDS_ONLY_FOR_FILES (code
+/// 2), or as listFiles (20).
 [[nodiscard]] std::wstring resolveWildcards(const std::wstring& pathList);

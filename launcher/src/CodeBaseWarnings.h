@@ -12,7 +12,7 @@
 void warnAboutNeighbors(const std::wstring& entry, const std::wstring& directory,
                         const std::wstring& name, const std::vector<std::wstring>& files);
 
-/// A directory stands for its `files`. Warns when there is no archive among them,
-/// unless it is empty, as one for plug-ins may be: it probably is one of
-/// configuration files or classes. Tells what puts its content on the class path.
+/// For the class path. A directory stands for its `files`. Warns when there is no archive among
+/// them, unless it is empty, as one for plug-ins may be: it probably is one of configuration files
+/// or classes. Tells what puts its content on the class path.
 void warnAboutDirectory(const std::wstring& entry, const std::vector<std::wstring>& files);

@@ -66,8 +66,9 @@ public:
     [[nodiscard]] bool hasErrors() const;
     /// The texts of all problems, on a line each.
     [[nodiscard]] const std::wstring& getErrors() const { return errors_; }
-    /// The code of the configuration's error; without one that of the last
-    /// failure that was caught, 0 when none was, also where problems were found.
+    /// The code of the configuration's error, if there is one. Else that of the
+    /// last failure that was caught; 0 when none was, also where problems were found
+    /// without one.
     [[nodiscard]] std::uint32_t getErrorCode() const;
     void logState() const;
 

@@ -15,8 +15,10 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <tuple>
 
 #include "DirHandle.h"
+#include "FileDescriptor.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "LastErrorText.h"
@@ -122,11 +124,15 @@ std::optional<Ownership> foreignOwnership(const std::string& path, const std::st
 /// now, which is not given away.
 FileHandle createFor(const Ownership& owner, const std::string& path)
 {
-    const int file = open(
-        path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner.mode);
-    if (file < 0) return {};
-    if (fchown(file, owner.user, owner.group) == 0) fchmod(file, owner.mode);  // past the umask
-    return FileHandle(fdopen(file, "a+b"));
+    constexpr int kNewFile = O_RDWR | O_APPEND | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    FileDescriptor file(open(path.c_str(), kNewFile, owner.mode));
+    if (!file.isOpen()) return {};
+    if (fchown(file.get(), owner.user, owner.group) == 0) {
+        fchmod(file.get(), owner.mode);  // past the umask
+    }
+    FileHandle stream(fdopen(file.get(), "a+b"));
+    if (stream) std::ignore = file.release();
+    return stream;
 }
 
 /// Renames the log to the next number, with the flags of renameat2(2). With
