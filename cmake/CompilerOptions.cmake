@@ -8,6 +8,8 @@ add_library(launcher_options INTERFACE)
 target_compile_options(launcher_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wundef)
+# The JVM walks our frames by them: see StackEnd.h.
+target_compile_options(launcher_options INTERFACE -fno-omit-frame-pointer)
 target_link_libraries(launcher_options INTERFACE Threads::Threads ${CMAKE_DL_LIBS})
 
 if(LAUNCHER_WARNINGS_AS_ERRORS)
@@ -32,7 +34,7 @@ endif()
 
 if(LAUNCHER_SANITIZE)
     target_compile_options(launcher_options INTERFACE
-        -fsanitize=${LAUNCHER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${LAUNCHER_SANITIZE} -fno-sanitize-recover=all)
     # The sanitizers' own code misleads GCC here (its manual, "-fsanitize").
     target_compile_options(launcher_options INTERFACE
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)

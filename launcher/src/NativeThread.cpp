@@ -11,15 +11,21 @@
 #include "IOsUtilsFactory.h"
 #include "ISystemUtils.h"
 #include "LauncherOsException.h"
+#include "StackEnd.h"
 
 namespace {
 
 using Body = std::function<void()>;
 
-extern "C" void* runBody(void* argument)
+void runBody(void* argument)
 {
     const std::unique_ptr<Body> body(static_cast<Body*>(argument));
     (*body)();
+}
+
+extern "C" void* runThread(void* argument)
+{
+    callAtStackEnd(runBody, argument);
     return nullptr;
 }
 
@@ -57,10 +63,10 @@ void startDetachedThread(std::function<void()> body, std::size_t stackSize)
 
     auto argument = std::make_unique<Body>(std::move(body));
     pthread_t thread{};
-    errno = pthread_create(&thread, attributes.get(), runBody, argument.get());
+    errno = pthread_create(&thread, attributes.get(), runThread, argument.get());
     if (errno != 0) {
         const std::wstring error = getOsUtilsFactory().getSystemUtils().getLastErrorText();
         throw LauncherOsException(L"Cannot start a thread. Error: " + error);
     }
-    static_cast<void>(argument.release());  // runBody owns it now
+    static_cast<void>(argument.release());  // runThread owns it now
 }

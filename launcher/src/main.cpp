@@ -33,6 +33,7 @@
 #include "ReleaseFileJavaChecker.h"
 #include "ServiceInstanceParameters.h"
 #include "SimpleOptional.h"
+#include "StackEnd.h"
 #include "StandardDescriptors.h"
 #include "StdoutErrorPrinter.h"
 #include "StopSignalLog.h"
@@ -157,9 +158,7 @@ int runMode(const LauncherCliArgs& cliArgs, const Arguments& arguments,
     return finish(exitCode);
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int runLauncher(int argc, const char* const* argv)
 {
     openClosedStandardDescriptors();
     ignoreOutputSignals();
@@ -181,4 +180,22 @@ int main(int argc, char** argv)
     } catch (const std::exception& e) {
         return fail(*console, toWide(e.what()), exit_code::kInternal);
     }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    struct Run {
+        int argc;
+        char** argv;
+        int exitCode;
+    } run{argc, argv, 0};
+    callAtStackEnd(
+        [](void* argument) {
+            auto& self = *static_cast<Run*>(argument);
+            self.exitCode = runLauncher(self.argc, self.argv);
+        },
+        &run);
+    return run.exitCode;
 }
