@@ -38,8 +38,7 @@ ProcessHandle::ProcessHandle(std::int32_t pid) : pid_(pid), reachesNone_(pid <= 
     // By number: the C library's functions for it are younger than the kernel's.
     descriptor_ = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     reachesNone_ = !descriptor_.isOpen() && errno == ESRCH;
-    const bool isUsable = descriptor_.isOpen() && sendSignal(0) != ENOSYS;
-    if (isUsable || reachesNone_) return;
+    if (reachesNone_ || isUsable()) return;
     descriptor_ = FileDescriptor();
     startTicks_ = readStartTicks(pid);
 }
@@ -67,6 +66,16 @@ int ProcessHandle::queueSignal(int signal) const
 int ProcessHandle::sendSignal(int signal) const
 {
     return send(signal, false);
+}
+
+/// Whether signals can be sent through the descriptor, as far as they can be sent: a
+/// sandbox may allow pidfd_open(2) and refuse that, with any error.
+bool ProcessHandle::isUsable() const
+{
+    if (!descriptor_.isOpen()) return false;
+    const int error = sendSignal(0);
+    const bool isForbidden = error == EPERM && kill(pid_, 0) != 0 && errno == EPERM;
+    return error == 0 || error == ESRCH || isForbidden;
 }
 
 int ProcessHandle::send(int signal, bool queued) const

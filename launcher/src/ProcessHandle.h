@@ -27,6 +27,7 @@ public:
     [[nodiscard]] int sendSignal(int signal) const;
 
 private:
+    [[nodiscard]] bool isUsable() const;
     [[nodiscard]] int send(int signal, bool queued) const;
 
     std::int32_t pid_;

@@ -1,8 +1,12 @@
 #include "ProcessHandle.h"
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -67,6 +71,30 @@ TEST(ProcessHandleTest, NeverReachesALaterProcessWithTheSameId)
     }
     const int status = ChildProcesses::waitForExit(outer);
     if (status == kNoRights) GTEST_SKIP() << "needs the right to make namespaces";
+    EXPECT_EQ(status, 0);
+}
+
+TEST(ProcessHandleTest, WorksWhereASandboxForbidsToSendSignalsThroughDescriptors)
+{
+    const pid_t sandbox = fork();
+    if (sandbox == 0) {
+        sock_filter refuse[] = {
+            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_send_signal, 0, 1),
+            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+        };
+        const sock_fprog filter{std::size(refuse), refuse};
+        if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) _exit(kNoRights);
+        if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0) _exit(kNoRights);
+        const pid_t victim = startVictim();
+        const ProcessHandle handle(victim);
+        const bool wasReached = reaches(handle) && handle.sendSignal(SIGKILL) == 0;
+        waitpid(victim, nullptr, 0);
+        _exit(wasReached && !handle.isRunning() ? 0 : 1);
+    }
+    const int status = ChildProcesses::waitForExit(sandbox);
+    if (status == kNoRights) GTEST_SKIP() << "needs filters for system calls";
     EXPECT_EQ(status, 0);
 }
 
