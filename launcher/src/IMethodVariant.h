@@ -4,6 +4,7 @@
 
 #include <jni.h>
 
+#include <functional>
 #include <string>
 
 class JvmEnv;
@@ -22,4 +23,6 @@ public:
     [[nodiscard]] virtual std::wstring toString() const = 0;
     [[nodiscard]] virtual std::wstring methodName() const = 0;
     virtual ~IMethodVariant() = default;
+    /// From now on call() runs `announcement` right before the method itself.
+    virtual void announceCalls(std::function<void()> announcement) = 0;
 };

@@ -40,6 +40,7 @@ JMethodCaller::JMethodCaller(JavaVM* jvm, std::wstring className, std::string th
       stackSize_(stackSize)
 {
     if (variants_.empty()) throw LauncherException(L"Empty method call variants");
+    for (const auto& variant : variants_) variant->announceCalls([this] { announceCall(); });
 }
 
 std::future<void> JMethodCaller::start()
@@ -71,6 +72,11 @@ bool JMethodCaller::isTargetMethodExists()
     class_ = interfaceClass.newGlobalRef();
     env->registerGlobalRef(class_);
     return findApplicableVariant(*env) != nullptr;
+}
+
+void JMethodCaller::waitForCall() const
+{
+    if (threadEnd_.valid()) called_.wait(false);
 }
 
 void JMethodCaller::waitForThread() const
@@ -107,6 +113,7 @@ void JMethodCaller::run()
         promise_.set_exception(std::make_exception_ptr(
             LauncherException(exit_code::kOperatingSystem, toWide(e.what()))));
     }
+    announceCall();  // if nothing has come of it
     if (completion_) completion_();
     logInfo({kClass, L"run"},
             succeeded ? L"Thread finished successfully" : L"Thread finished exceptionally");
@@ -121,6 +128,12 @@ void JMethodCaller::internalRun()
     const IMethodVariant* variant = findApplicableVariant(*env);
     if (!variant) throwNoVariantFits();
     variant->call(*env, class_, className_);
+}
+
+void JMethodCaller::announceCall()
+{
+    called_.test_and_set();
+    called_.notify_all();
 }
 
 /// A failure is logged only: most services never ask for the class loader.

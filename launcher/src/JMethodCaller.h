@@ -48,6 +48,10 @@ public:
     /// nothing. The calling thread must be attached.
     [[nodiscard]] bool isTargetMethodExists();
 
+    /// Blocks until the thread that start() began is calling the method, or has failed
+    /// before that. Returns at once if there is none.
+    void waitForCall() const;
+
     /// Blocks until the thread that start() began has done its very last
     /// step, later than the future is ready. Returns at once if there is none.
     void waitForThread() const;
@@ -56,6 +60,7 @@ private:
     void prepare(JvmEnv& env);
     void run();
     void internalRun();
+    void announceCall();
     void setContextClassLoader(JvmEnv& env) const;
     [[nodiscard]] const IMethodVariant* findApplicableVariant(JvmEnv& env) const;
     [[noreturn]] void throwMainClassFindError(JvmEnv& env) const;
@@ -72,6 +77,7 @@ private:
     jobject classLoader_ = nullptr;
     Completion completion_;
     std::atomic<bool> prepared_{false};  ///< publishes the references to the thread
+    std::atomic_flag called_;
     bool isStart_;
     std::size_t stackSize_;
     std::future<void> threadEnd_;

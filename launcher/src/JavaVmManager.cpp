@@ -296,6 +296,7 @@ std::future<void> JavaVmManager::stop(const std::vector<std::wstring>& arguments
     }
     if (stopCaller_) throw LauncherException(L"Illegal Daemon state: stop() called twice");
     stopCaller_ = newStopCaller(arguments, completion, fast);
+    startCaller_->waitForCall();  // a stop before the start would be lost on most services
     return stopCaller_->start();
 }
 

@@ -47,7 +47,8 @@ public:
         const std::map<std::wstring, std::wstring>& pathProperties,
         const std::map<std::wstring, bool>& booleanProperties, Completion completion);
 
-    /// Runs "stopFast" or "stop" on "launcher-stop-thread". A future that is
+    /// Runs "stopFast" or "stop" on "launcher-stop-thread", as soon as the start method
+    /// is being called or has failed before. A future that is
     /// ready already when nothing was started. Throws LauncherException
     /// "Illegal Daemon state: stop() called twice" (21), and as start().
     [[nodiscard]] std::future<void> stop(const std::vector<std::wstring>& arguments,

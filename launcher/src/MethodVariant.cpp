@@ -30,6 +30,11 @@ std::wstring MethodVariant::toString() const
     return typeName_ + (L"(" + methodName_ + L")");
 }
 
+void MethodVariant::announceCalls(std::function<void()> announcement)
+{
+    announcement_ = std::move(announcement);
+}
+
 JniObject MethodVariant::newString(JvmEnv& env, const std::wstring& text,
                                    const std::wstring& className) const
 {

@@ -4,6 +4,7 @@
 
 #include <jni.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ public:
                                     const std::wstring& className) const final;
     [[nodiscard]] std::wstring toString() const final;
     [[nodiscard]] std::wstring methodName() const final { return methodName_; }
+    void announceCalls(std::function<void()> announcement) final;
 
 protected:
     /// `typeName` is also the class name of the records; both texts are literals.
@@ -35,6 +37,7 @@ protected:
     /// Throws LauncherJavaMethodInvocationException, after an ERROR record, if
     /// a Java exception is pending; clears it.
     void raiseIfThrown(JvmEnv& env, const std::wstring& className) const;
+    void announceCall() const { announcement_(); }
     /// raiseIfThrown(), else records the success. Flushes the log either way.
     void reportOutcome(JvmEnv& env, const std::wstring& className) const;
 
@@ -43,4 +46,5 @@ private:
     const char* signature_;
     std::wstring methodName_;
     std::vector<std::wstring> arguments_;
+    std::function<void()> announcement_ = [] {};
 };

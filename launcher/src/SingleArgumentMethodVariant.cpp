@@ -23,6 +23,7 @@ void SingleArgumentMethodVariant::call(JvmEnv& env, jclass javaClass,
     logInfo({typeName(), L"call"}, L"Do call JMethod", L"class", className, L"method", methodName(),
             L"args", arguments());
     getLogger().flush();
+    announceCall();
     interfaceClass.callStaticVoidMethod(methodName(), signature(), array.get());
     reportOutcome(env, className);
 }

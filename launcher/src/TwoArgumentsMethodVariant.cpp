@@ -53,6 +53,7 @@ void TwoArgumentsMethodVariant::call(JvmEnv& env, jclass javaClass,
             L"args", arguments(), L"pathProperties", describe(pathProperties_),
             L"booleanProperties", describe(booleanProperties_));
     getLogger().flush();
+    announceCall();
     interfaceClass.callStaticVoidMethod(methodName(), signature(), map.get(), array.get());
     reportOutcome(env, className);
 }

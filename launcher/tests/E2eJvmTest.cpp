@@ -11,18 +11,6 @@ namespace {
 using JvmE2eTest = JdkTest;
 FOR_EACH_JDK(JvmE2eTest);
 
-TEST_P(JvmE2eTest, ClosedStreamsStayHarmless)
-{
-    LauncherRun run = service("start=ready,wait stop=release");
-    run.before([] { close_range(STDIN_FILENO, STDERR_FILENO, 0); });
-    const LauncherProcess launcher = startReady(run);
-    for (const char* stream : {"0", "1", "2"}) {
-        const std::string link = "/proc/" + std::to_string(launcher.pid) + "/fd/" + stream;
-        EXPECT_EQ(std::filesystem::read_symlink(link), "/dev/null");
-    }
-    expectEndAfter(SIGUSR1, launcher, 0);
-}
-
 TEST_P(JvmE2eTest, TheFlightRecorderIsNoFastStopAndChildrenInheritNothing)
 {
     LauncherRun run =

@@ -40,6 +40,14 @@ public final class Service {
 
     private static final CountDownLatch RELEASED = new CountDownLatch(1);
 
+    private static volatile boolean running;
+
+    // Is only stopped by a stop that comes later.
+    private static void run() throws InterruptedException {
+        running = true;
+        while (running) Thread.sleep(1);
+    }
+
     private static void run(String method, Map<?, ?> properties, String[] args) throws Exception {
         for (String step : System.getProperty(method, "").split(",")) {
             String[] words = step.split(":");
@@ -49,6 +57,8 @@ public final class Service {
                 case "ready" -> write("ready", "");
                 case "wait" -> RELEASED.await();
                 case "release" -> RELEASED.countDown();
+                case "run" -> run();
+                case "quit" -> running = false;
                 case "until" -> until(words[1]);
                 case "sleep" -> Thread.sleep(Long.parseLong(words[1]));
                 case "throw" -> fail();
