@@ -135,14 +135,15 @@ int Daemon::run(IService& service)
     logInfo({kClass, L"run"}, L"Start running service routine...");
     JavaVmManager::setExitCallback(onJvmExit);
     service.reportStartPending(kWaitHintMillis);
-    stopSignals_.hold();
+    // From the PID file on anybody may ask for a stop.
+    const std::shared_ptr<StopRequestListener> listener =
+        createStopRequestListener(processUtils().getCurrentProcessId());
+    interrupts_.hold();
     savePidFile();
     service.releaseCaller();
     changeWorkingDirectoryIfNeeded();
     javaVmManager_->load(composeJvmOptions(*parameters_), parameters_->getJvmLibraryPath(), 0);
-    const std::shared_ptr<StopRequestListener> listener =
-        createStopRequestListener(processUtils().getCurrentProcessId());
-    stopSignals_.deliver();
+    interrupts_.deliver();
     startJava(service);
 
     Outcome outcome = serveStopEvents(service, *listener);

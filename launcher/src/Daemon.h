@@ -61,7 +61,7 @@ private:
     void collectStartMethod(std::uint32_t exitBase) const;
     static void collectStopMethod(std::future<void>& stopMethod, std::uint32_t exitBase);
 
-    StopSignalHold stopSignals_;  ///< outlives the PID file
+    InterruptHold interrupts_;  ///< outlives the PID file
     std::unique_ptr<JavaVmManager> javaVmManager_;
     std::unique_ptr<PidFile> pidFile_;
     std::wstring savedPidFile_;  ///< as it reads from where we are; empty until one is written

@@ -8,15 +8,20 @@ sigset_t stopSignalSet()
     return set;
 }
 
-StopSignalHold::~StopSignalHold()
+InterruptHold::~InterruptHold()
 {
     if (held_) sigaction(SIGINT, &interruptBefore_, nullptr);
 }
 
-void StopSignalHold::hold()
+void InterruptHold::hold()
 {
-    const sigset_t stopSignals = stopSignalSet();
-    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
+    sigset_t others = stopSignalSet();
+    sigdelset(&others, SIGINT);
+    pthread_sigmask(SIG_UNBLOCK, &others, nullptr);
     struct sigaction ignored {};
     ignored.sa_handler = SIG_IGN;
     sigemptyset(&ignored.sa_mask);
@@ -24,8 +29,9 @@ void StopSignalHold::hold()
     held_ = true;
 }
 
-void StopSignalHold::deliver()
+void InterruptHold::deliver()
 {
+    sigaction(SIGINT, &interruptBefore_, nullptr);
     const sigset_t stopSignals = stopSignalSet();
     pthread_sigmask(SIG_UNBLOCK, &stopSignals, nullptr);
     held_ = false;

@@ -11,26 +11,23 @@ inline constexpr std::array kStopSignals{SIGUSR1, SIGUSR2, SIGINT};
 /// All of them, for a mask.
 [[nodiscard]] sigset_t stopSignalSet();
 
-/// Keeps the stop signals pending from hold() to deliver(): between the moment
-/// that a launcher can be found by its PID file and the installation of its
-/// handlers their default action would kill it. For the main thread, before
-/// any other thread exists: threads started meanwhile inherit the mask, so
-/// that a signal sent to the process waits for the main thread.
-class StopSignalHold final {
+/// Keeps SIGINT pending from hold() to deliver(), while the JVM is created: HotSpot
+/// takes it for itself unless it is ignored, and what is ignored stays pending only
+/// where it is blocked. The threads that the JVM makes meanwhile inherit the mask, and
+/// so may processes of theirs: no other signal is blocked. For the main thread.
+class InterruptHold final {
 public:
-    StopSignalHold() = default;
-    /// Without deliver(): puts SIGINT's action back as it was. The signals stay
+    InterruptHold() = default;
+    /// Without deliver(): puts SIGINT's action back as it was. The signal stays
     /// pending, so that a start that has failed can tell why before it ends.
-    ~StopSignalHold();
-    StopSignalHold(const StopSignalHold&) = delete;
-    StopSignalHold& operator=(const StopSignalHold&) = delete;
+    ~InterruptHold();
+    InterruptHold(const InterruptHold&) = delete;
+    InterruptHold& operator=(const InterruptHold&) = delete;
 
-    /// Blocks the stop signals, and sets SIGINT to be ignored: HotSpot takes
-    /// SIGINT for itself unless it is ignored. What is blocked stays pending
-    /// even so.
+    /// Also unblocks the other stop signals, which the process may have been started
+    /// with blocked: their handlers are installed.
     void hold();
-    /// The handlers are installed: unblocks the stop signals, also those that
-    /// the process was started with blocked.
+    /// Unblocks SIGINT, for the action that it had.
     void deliver();
 
 private:
