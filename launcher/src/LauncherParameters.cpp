@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "FileContent.h"
+#include "FileLock.h"
 #include "IFileUtils.h"
 #include "IJavaFinder.h"
 #include "IJavaLibResolver.h"
@@ -78,6 +79,22 @@ std::shared_ptr<FileContent> readTargetPidFile(const std::wstring& path)
     const std::wstring error = os.getSystemUtils().getLastErrorText();
     throw LauncherException(exit_code::kUnreadablePidFile,
                             formatMessage(IDS_FILE_READ_ERROR, path, error));
+}
+
+/// The same; looks again at an empty one: a launcher may have created it just now, and
+/// holds the file's lock until its number is written.
+std::shared_ptr<FileContent> readWrittenPidFile(const std::wstring& path)
+{
+    constexpr int kLooks = 5;  // it may not have come to the lock yet
+    std::shared_ptr<FileContent> content = readTargetPidFile(path);
+    for (int looks = 0; content->size() == 0 && looks < kLooks; ++looks) {
+        {
+            const FileLock lock(path, FileLock::Missing::Leave);
+            content = readTargetPidFile(path);
+        }
+        if (content->size() == 0) getOsUtilsFactory().getProcessUtils().sleepMilliseconds(2);
+    }
+    return content;
 }
 
 /// The number that the bytes up to the first NUL write in digits, or -1.
@@ -304,7 +321,7 @@ std::int32_t LauncherParameters::detectPidToStop()
 std::int32_t LauncherParameters::readPidFromFile(const std::wstring& path)
 {
     constexpr wchar_t kMethod[] = L"readPidFromFile";
-    const std::shared_ptr<FileContent> content = readTargetPidFile(path);
+    const std::shared_ptr<FileContent> content = readWrittenPidFile(path);
     if (content->size() == 0) {
         recordError(kMethod, formatMessage(IDS_PIDFILE_ZEROSIZE, path));
         return -1;

@@ -1,7 +1,14 @@
 #include "LauncherParameters.h"
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <memory>
+#include <thread>
 #include <tuple>
 
+#include "FileDescriptor.h"
+#include "FileLock.h"
 #include "IJavaFinder.h"
 #include "JavaLibResolver.h"
 #include "LauncherCliArgs.h"
@@ -10,6 +17,7 @@
 #include "ScopedEnvironment.h"
 #include "ServiceInstanceParameters.h"
 #include "UnitTest.h"
+#include "WaitUntil.h"
 
 namespace {
 
@@ -196,6 +204,26 @@ TEST_F(LauncherParametersTest, ReadsOnlyDigitsFromThePidFileOfAnother)
     dir_.write("pid", std::string(10 * 1024 * 1024 + 1, '1'));
     EXPECT_EQ(merge(L"stop --pidfile @/pid").getErrorCode(), 20u);
     EXPECT_EQ(parameters_->getErrors(), at(L"File '@/pid' is too big"));
+}
+
+TEST_F(LauncherParametersTest, WaitsForAPidFileThatIsBeingWritten)
+{
+    const std::string file = dir_.write("pid", "");
+    const FileDescriptor looks(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    ASSERT_GE(inotify_add_watch(looks.get(), file.c_str(), IN_OPEN), 0);
+    auto lock = std::make_unique<FileLock>(dir_.wide("pid"), FileLock::Missing::Create);
+    std::jthread writer([&] {
+        std::size_t seen = 0;  // our own, that at the empty file, and for the lock
+        const bool isWaitedFor = waitUntil([&] {
+            inotify_event look{};
+            if (read(looks.get(), &look, sizeof look) > 0) ++seen;
+            return seen == 3;
+        });
+        EXPECT_TRUE(isWaitedFor);
+        dir_.write("pid", "42");
+        lock = nullptr;
+    });
+    EXPECT_EQ(merge(L"stop --pidfile @/pid").getPidToStop(), 42);
 }
 
 }  // namespace
