@@ -36,6 +36,7 @@ static_assert(REG_ESPACE == ENOMEM);  // regcomp(3) has errors of its own
 inline constexpr Call kCalls[] = {
     // Files
     {"open", {EACCES, EMFILE, ENFILE, ENOENT, ENOMEM, ENOSPC, EROFS, EINTR, EIO, ELOOP, EISDIR}},
+    {"openat", {EACCES, EMFILE, ENFILE, ENOENT, ENOMEM, ENOSPC, EROFS, EINTR, EIO, ELOOP, EISDIR}},
     {"fcntl", {EAGAIN, ENOLCK, EINTR, EINVAL, EBADF}},
     {"flock", {ENOLCK, EINTR, EWOULDBLOCK}},
     {"close", {EIO, EINTR, ENOSPC, EDQUOT}, -1, Way::Release},
@@ -46,11 +47,14 @@ inline constexpr Call kCalls[] = {
     {"fstat", {EOVERFLOW, ENOMEM, EIO}},
     {"fchown", {EPERM, EIO, EROFS}},
     {"fchmod", {EPERM, EIO, EROFS}},
+    {"fstatfs", {EIO, ENOMEM, ENOSYS}},
     {"unlink", {EACCES, EBUSY, EIO, ENOENT, ENOMEM, EPERM, EROFS}},
+    {"unlinkat", {EACCES, EBUSY, EIO, ENOENT, ENOMEM, EPERM, EROFS}},
     {"renameat2", {EACCES, EBUSY, EDQUOT, EEXIST, EINVAL, EIO, EISDIR, ENOENT, ENOSPC, EROFS}},
-    {"mkdir", {EACCES, ENOSPC, EROFS, EDQUOT, EMLINK, ENOENT, ENOTDIR, ELOOP, ENOMEM}},
+    {"mkdirat", {EACCES, ENOSPC, EROFS, EDQUOT, EMLINK, ENOENT, ENOTDIR, ELOOP, ENOMEM}},
     {"chdir", {EACCES, ENOENT, ENOTDIR, EIO, ELOOP, ENAMETOOLONG, ENOMEM}},
     {"readlink", {EACCES, EIO, ENOENT, ENOMEM}},
+    {"readlinkat", {EACCES, EIO, ENOENT, ENOMEM}},
     {"realpath", {EACCES, EIO, ELOOP, ENAMETOOLONG, ENOENT, ENOMEM, ENOTDIR}, 0},
     {"opendir", {EACCES, EMFILE, ENFILE, ENOENT, ENOMEM, ENOTDIR}, 0},
     {"readdir", {EIO, ENOENT, EBADF}, 0},

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
@@ -10,6 +9,7 @@
 
 #include "SpecialFile.h"
 #include "TextConversion.h"
+#include "TrustedPath.h"
 
 namespace {
 
@@ -17,17 +17,17 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience{2};  ///< others hold it for a moment only
 constexpr std::chrono::milliseconds kRetryStep{1};
-constexpr mode_t kMode = 0666;
+constexpr mode_t kMode = 0644;  ///< of a PID file
 
 enum class Attempt { Locked, Busy, Impossible };
 
 FileDescriptor openFile(const std::string& path, FileLock::Missing missing)
 {
-    constexpr int kFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const int creation = missing == FileLock::Missing::Create ? O_CREAT : 0;
-    FileDescriptor file(open(path.c_str(), O_RDWR | kFlags | creation, kMode));
+    const TrustedPath place(path);
+    FileDescriptor file = place.open(O_RDWR | creation, kMode);
     if (file.isOpen() || errno != EACCES) return file;
-    return FileDescriptor(open(path.c_str(), O_RDONLY | kFlags));
+    return place.open(O_RDONLY);
 }
 
 /// A lock of the open file, which no close() of another descriptor ends, and
@@ -45,16 +45,6 @@ Attempt tryLock(const FileDescriptor& file)
     return busy ? Attempt::Busy : Attempt::Impossible;
 }
 
-/// Whether the open file still is the one at `path`: the holder before may
-/// have deleted it.
-bool isAt(const std::string& path, const FileDescriptor& file)
-{
-    struct stat opened {};
-    struct stat named {};
-    return fstat(file.get(), &opened) == 0 && stat(path.c_str(), &named) == 0 &&
-           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
-}
-
 }  // namespace
 
 FileLock::FileLock(const std::wstring& path, Missing missing)
@@ -69,7 +59,8 @@ FileLock::FileLock(const std::wstring& path, Missing missing)
             return;
         }
         const Attempt attempt = tryLock(file_);
-        const bool isHeld = attempt == Attempt::Locked && isAt(bytePath, file_);
+        // The holder before may have deleted it.
+        const bool isHeld = attempt == Attempt::Locked && leadsTo(bytePath, file_);
         if (isHeld || attempt == Attempt::Impossible) return;
         if (attempt == Attempt::Busy) std::this_thread::sleep_for(kRetryStep);
     }

@@ -1,15 +1,17 @@
 #include "LinuxConsole.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
 
-#include "FileHandle.h"
+#include "FileDescriptor.h"
 #include "IOsUtilsFactory.h"
 #include "LastErrorText.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
 #include "TextConversion.h"
+#include "TrustedPath.h"
 
 namespace {
 
@@ -21,8 +23,9 @@ constexpr wchar_t kCerr[] = L"--cerr";
 bool redirect(FILE* stream, const std::wstring& path)
 {
     fflush(stream);  // what was written before belongs to the old place
-    const FileHandle file = openFile(toUtf8(path), "a");
-    return file && dup2(fileno(file.get()), fileno(stream)) >= 0;
+    const FileDescriptor file =
+        TrustedPath(toUtf8(path)).open(O_WRONLY | O_APPEND | O_CREAT, kOutputFileMode);
+    return file.isOpen() && dup2(file.get(), fileno(stream)) >= 0;
 }
 
 /// In one call: an unbuffered stream then makes one write of it, which other

@@ -15,7 +15,7 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
-#include <tuple>
+#include <utility>
 
 #include "DirHandle.h"
 #include "FileDescriptor.h"
@@ -28,6 +28,7 @@
 #include "MessageIds.h"
 #include "SpecialFile.h"
 #include "TextConversion.h"
+#include "TrustedPath.h"
 
 namespace {
 
@@ -89,9 +90,7 @@ RotationState readRotationState(const std::wstring& path, const std::string& dir
         // 0 counts as the log itself, also for a bare "log." (required).
         if (*number == 0) state.logExists = true;
         if (name == baseName) state.logWasSeen = true;
-        // A number without a successor does not fit and is ignored.
-        const bool fits = *number < std::numeric_limits<std::int64_t>::max();
-        if (fits && *number > state.highestNumber) state.highestNumber = *number;
+        state.highestNumber = std::max(state.highestNumber, *number);
     }
     if (errno != 0) raiseCreationError(path);  // an unseen log could be overwritten
     return state;
@@ -116,40 +115,60 @@ std::optional<Ownership> foreignOwnership(const std::string& path, const std::st
     if (!isForeign || stat(directory.c_str(), &place) != 0) return std::nullopt;
     const bool isOfRootAlone = place.st_uid == 0 && (place.st_mode & (S_IWGRP | S_IWOTH)) == 0;
     if (place.st_uid != file.st_uid && !isOfRootAlone) return std::nullopt;
-    return Ownership{file.st_uid, file.st_gid, file.st_mode & 0777};
+    return Ownership{file.st_uid, file.st_gid, file.st_mode & kOutputFileMode};
 }
 
 /// A new log for the user whose log was renamed, who could not write to one of
 /// root's: as `create` of logrotate(8). Null where a file or link is there by
 /// now, which is not given away.
-FileHandle createFor(const Ownership& owner, const std::string& path)
+FileHandle createFor(const Ownership& owner, const TrustedPath& place)
 {
-    constexpr int kNewFile = O_RDWR | O_APPEND | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    FileDescriptor file(open(path.c_str(), kNewFile, owner.mode));
-    if (!file.isOpen()) return {};
-    if (fchown(file.get(), owner.user, owner.group) == 0) {
+    FileDescriptor file = place.open(O_RDWR | O_APPEND | O_CREAT | O_EXCL, owner.mode);
+    if (file.isOpen() && fchown(file.get(), owner.user, owner.group) == 0) {
         fchmod(file.get(), owner.mode);  // past the umask
     }
-    FileHandle stream(fdopen(file.get(), "a+b"));
-    if (stream) std::ignore = file.release();
-    return stream;
+    return toStream(std::move(file), "a+b");
 }
 
-/// Renames the log to the next number, with the flags of renameat2(2). With
-/// `mayRetry` false when another launcher, started at the same time, has just
-/// taken the number or renamed the log.
-bool tryRotate(const std::wstring& path, const std::string& bytePath, const RotationState& state,
-               unsigned flags, bool mayRetry)
+/// A log that is there already goes on at its end.
+FileHandle openLog(const std::string& path)
 {
+    const bool isReadable = !isSpecialFile(path);  // a pipe is not for its writer to read
+    const int access = isReadable ? O_RDWR : O_WRONLY;
+    return toStream(TrustedPath(path).open(access | O_APPEND | O_CREAT, kOutputFileMode),
+                    isReadable ? "a+b" : "ab");
+}
+
+/// Renames the file at `place`. Gives 0, or -1 with errno: EEXIST when there is a
+/// file at `target`, which is not replaced.
+int renameToFree(const TrustedPath& place, const std::string& target)
+{
+    const std::string name = target.substr(target.rfind('/') + 1);  // npos + 1 is 0
+    const int renamed = place.rename(name, RENAME_NOREPLACE);
+    if (renamed == 0 || errno != EINVAL) return renamed;
+    // Not every file system can refuse to replace.
+    struct stat status {};
+    if (lstat(target.c_str(), &status) != 0 && errno == ENOENT) return place.rename(name, 0);
+    errno = EEXIST;
+    return -1;
+}
+
+/// Renames the log at `place` to the next number. With `mayRetry` false when another
+/// launcher, started at the same time, has just taken the number or renamed the log.
+bool tryRotate(const std::wstring& path, const TrustedPath& place, const RotationState& state,
+               bool mayRetry)
+{
+    constexpr std::int64_t kLastNumber = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t next = std::min(state.highestNumber, kLastNumber - 1) + 1;
     std::array<char, 4096> target{};
-    const int length = std::snprintf(target.data(), target.size(), "%s.%ld", bytePath.c_str(),
-                                     state.highestNumber + 1);
+    const int length =
+        std::snprintf(target.data(), target.size(), "%s.%ld", toUtf8(path).c_str(), next);
     if (length >= 1) {
-        if (renameat2(AT_FDCWD, bytePath.c_str(), AT_FDCWD, target.data(), flags) == 0) return true;
+        // Cut where the longest path ends, the target may be the log itself.
+        const bool isItself = target.data() == toUtf8(path);
+        if (isItself || renameToFree(place, target.data()) == 0) return true;
         const bool lostRace = errno == EEXIST || (errno == ENOENT && state.logWasSeen);
         if (lostRace && mayRetry) return false;
-        // Not every file system can refuse to replace.
-        if (errno == EINVAL && flags != 0) return tryRotate(path, bytePath, state, 0, mayRetry);
     }
     const std::wstring error = lastErrorText();
     throw LauncherException(exit_code::kLogFile, formatMessage(IDS_CANNOT_ROTATE_LOG, path,
@@ -157,8 +176,9 @@ bool tryRotate(const std::wstring& path, const std::string& bytePath, const Rota
 }
 
 /// Gives the ownership that the new log should have, when it is not ours.
-std::optional<Ownership> rotateExistingLog(const std::wstring& path, const std::string& bytePath)
+std::optional<Ownership> rotateExistingLog(const std::wstring& path, const TrustedPath& place)
 {
+    const std::string bytePath = toUtf8(path);
     const std::size_t separator = bytePath.find_last_of("/\\");
     const bool bare = separator == std::string::npos;
     // The directory of "/name" is the root, though nothing stands before its '/'.
@@ -168,14 +188,12 @@ std::optional<Ownership> rotateExistingLog(const std::wstring& path, const std::
     // A directory is no old log: opening it fails, and it stays where it is.
     const bool isLog =
         !isSpecialFile(bytePath) && !getOsUtilsFactory().getFileUtils().isDirectory(path);
-    for (int tries = 0; tries <= kMaxLostRaces; ++tries) {
+    for (int triesLeft = kMaxLostRaces;; --triesLeft) {
         const RotationState state = readRotationState(path, directory, baseName);
         if (!state.logExists || !isLog) return std::nullopt;
-        const bool isLast = tries == kMaxLostRaces;
         const std::optional<Ownership> owner = foreignOwnership(bytePath, directory);
-        if (tryRotate(path, bytePath, state, isLast ? 0 : RENAME_NOREPLACE, !isLast)) return owner;
+        if (tryRotate(path, place, state, triesLeft > 0)) return owner;
     }
-    return std::nullopt;
 }
 
 thread_local pid_t threadId = 0;  // until the thread asks for it
@@ -217,8 +235,9 @@ std::wstring_view lastComponent(std::wstring_view path)
 LinuxFileLogger::LinuxFileLogger(const std::wstring& path, std::int32_t pid) : pid_(pid)
 {
     const std::string bytePath = toUtf8(path);
-    if (const auto owner = rotateExistingLog(path, bytePath)) stream_ = createFor(*owner, bytePath);
-    if (!stream_) stream_ = openFile(bytePath, "a+b");
+    const TrustedPath place(bytePath, TrustedPath::LastLink::Keep);
+    if (const auto owner = rotateExistingLog(path, place)) stream_ = createFor(*owner, place);
+    if (!stream_) stream_ = openLog(bytePath);
     if (!stream_) raiseCreationError(path);
 }
 

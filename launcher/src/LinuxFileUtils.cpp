@@ -13,9 +13,12 @@
 #include <cstring>
 #include <optional>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 #include "DirHandle.h"
 #include "FileContent.h"
+#include "FileDescriptor.h"
 #include "FileHandle.h"
 #include "LastErrorText.h"
 #include "LauncherOsException.h"
@@ -23,6 +26,7 @@
 #include "MessageIds.h"
 #include "NameMask.h"
 #include "TextConversion.h"
+#include "TrustedPath.h"
 
 namespace {
 
@@ -53,15 +57,22 @@ FileHandle openForReading(const std::wstring& path)
     return file;
 }
 
-/// Creates or truncates a file. A pipe that nobody reads is a failure, see
-/// fifo(7): waiting for a reader may take for ever.
+/// Creates or truncates a file.
 FileHandle openForWriting(const std::wstring& path)
 {
-    const int descriptor =
-        open(toUtf8(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
-    FileHandle file(descriptor < 0 ? nullptr : fdopen(descriptor, "w"));
+    constexpr mode_t kMode = 0644;  // others may learn whom to stop, and not change it
+    FileHandle file =
+        toStream(TrustedPath(toUtf8(path)).open(O_WRONLY | O_CREAT | O_TRUNC, kMode), "w");
     if (!file) raiseError(IDS_FILE_WRITE_ERROR, path);
     return file;
+}
+
+/// Keeps a pipe open until the process ends: its reader would take a close for
+/// the end of what comes, and go.
+void keepPipeOpen(FileDescriptor file)
+{
+    struct stat status {};
+    if (fstat(file.get(), &status) == 0 && S_ISFIFO(status.st_mode)) std::ignore = file.release();
 }
 
 /// realpath(3) of a path; nothing, with errno, when it fails.
@@ -113,7 +124,9 @@ void LinuxFileUtils::createDirectories(const std::wstring& path) const
         const std::string directory = bytePath.substr(0, length);
         const std::wstring wideDirectory = toWide(directory);
         if (fileExists(wideDirectory)) continue;
-        if (mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST) {
+        const TrustedPath place(directory.substr(0, directory.find_last_not_of('/') + 1),
+                                TrustedPath::LastLink::Keep);
+        if (place.makeDirectory() != 0 && errno != EEXIST) {
             raiseError(IDS_UNABLE_TO_RESOLVE_PATH, wideDirectory);
         }
     }
@@ -129,11 +142,17 @@ std::wstring LinuxFileUtils::touchFile(const std::wstring& path) const
 {
     const std::string bytePath = toUtf8(path);
     for (int tries = 0; tries < kMaxTouches; ++tries) {
-        if (!openFile(bytePath, "a")) raiseReadError(path);
-        if (const std::optional<std::string> resolved = resolvePath(bytePath)) {
+        FileDescriptor file =
+            TrustedPath(bytePath).open(O_WRONLY | O_APPEND | O_CREAT, kOutputFileMode);
+        if (!file.isOpen()) raiseReadError(path);
+        const std::optional<std::string> resolved = resolvePath(bytePath);
+        if (resolved && leadsTo(*resolved, file)) {
+            keepPipeOpen(std::move(file));
             return toWide(*resolved);
         }
-        if (errno != ENOENT) break;  // else a log: another launcher has renamed it just now
+        if (!resolved && errno != ENOENT) break;
+        // Another launcher has renamed a log just now; or somebody exchanges links.
+        errno = ELOOP;
     }
     raiseError(IDS_UNABLE_TO_CONVERT_PATH_TO_ABS, path);
 }
@@ -189,7 +208,10 @@ bool LinuxFileUtils::isDirectory(const std::wstring& path) const
 bool LinuxFileUtils::deleteFile(const std::wstring& path) const
 {
     const std::string bytePath = toUtf8(path);
-    if (unlink(bytePath.c_str()) == 0) return true;
+    if (TrustedPath(bytePath, TrustedPath::LastLink::Keep).unlink() == 0) return true;
+    // A start that fails of that must leave nothing behind all the same.
+    const bool hasNoDescriptors = errno == EMFILE;
+    if (hasNoDescriptors && ::unlink(bytePath.c_str()) == 0) return true;
     const int unlinkErrno = errno;
     if (unlinkErrno == ENOENT) return false;
     const std::wstring error = lastErrorText();

@@ -1,9 +1,15 @@
 #include "PidFile.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 
 #include "FileContent.h"
+#include "FileDescriptor.h"
 #include "IFileUtils.h"
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
@@ -16,11 +22,13 @@
 #include "ProcessHistory.h"
 #include "SpecialFile.h"
 #include "TextConversion.h"
+#include "TrustedPath.h"
 
 namespace {
 
 constexpr wchar_t kClass[] = L"PidFile";
-constexpr std::uint32_t kMaxPidDigits = 9;  // whatever they are, the number fits 32 bits
+constexpr int kRead = O_RDONLY | O_NONBLOCK;  ///< whatever it is, without waiting
+constexpr std::uint32_t kMaxPidDigits = 9;    // whatever they are, the number fits 32 bits
 
 std::wstring textOfError(int error)
 {
@@ -44,6 +52,15 @@ Content readContent(const std::wstring& path)
     const unsigned long pid = std::strtoul(file->data(), &end, 10);
     if (end != file->data() + file->size()) return {-1, IDS_PIDFILE_BAD_CHARS};
     return {static_cast<std::int32_t>(pid), nullptr};
+}
+
+/// Whether the file holds `pid` in digits and nothing else, leading zeros aside.
+bool holdsId(const FileDescriptor& file, std::int32_t pid)
+{
+    std::array<char, kMaxPidDigits + 3> text{};
+    const ssize_t size = file.isOpen() ? read(file.get(), text.data(), text.size() - 1) : -1;
+    char* end = text.data();
+    return size > 0 && std::strtol(text.data(), &end, 10) == pid && end == text.data() + size;
 }
 
 }  // namespace
@@ -125,6 +142,30 @@ bool PidFile::isOlderThanProcess(const std::wstring& path, std::int32_t pid) con
 bool PidFile::isOwnedBy(const std::wstring& path, std::int32_t pid) const
 {
     return isOtherProcessRunning(pid) && !isOlderThanProcess(path, pid);
+}
+
+bool PidFile::holds(const std::wstring& path, std::int32_t pid) const
+{
+    const std::string bytePath = toUtf8(path);
+    return !isSpecialFile(bytePath) && holdsId(TrustedPath(bytePath).open(kRead), pid);
+}
+
+std::optional<std::wstring> PidFile::reasonToDistrust(const std::wstring& path,
+                                                      std::int32_t pid) const
+{
+    if (geteuid() != 0) return std::nullopt;
+    const FileDescriptor file = TrustedPath(toUtf8(path)).open(kRead);
+    struct stat status {};
+    if (!file.isOpen() || fstat(file.get(), &status) != 0) return textOfError(errno);
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        return L"others than the owner of the PID file may write to it";
+    }
+    if (status.st_uid != 0 && !belongsTo(status.st_uid, pid)) {
+        return L"the process is not that of the owner of the PID file";
+    }
+    // What was checked may not be what was read.
+    if (!holdsId(file, pid)) return L"the PID file holds another number by now";
+    return std::nullopt;
 }
 
 std::optional<std::int32_t> PidFile::runningOwner(const std::wstring& path) const

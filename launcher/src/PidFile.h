@@ -38,6 +38,17 @@ public:
     /// have written it.
     [[nodiscard]] bool isOwnedBy(const std::wstring& path, std::int32_t pid) const;
 
+    /// Whether the file, which no stranger's link leads to, holds the id `pid` and
+    /// nothing else.
+    [[nodiscard]] bool holds(const std::wstring& path, std::int32_t pid) const;
+
+    /// Why root must not signal the process `pid` on the word of the file, which holds
+    /// that id: a user who may write to it could have any process killed. Nothing when
+    /// it is root's own, or that user's who owns the process, or for other users
+    /// than root, whom the system itself keeps from strangers.
+    [[nodiscard]] std::optional<std::wstring> reasonToDistrust(const std::wstring& path,
+                                                               std::int32_t pid) const;
+
     /// The process id in the file when another process owns it; nothing for any
     /// other content and for a file that cannot be read.
     [[nodiscard]] std::optional<std::int32_t> runningOwner(const std::wstring& path) const;

@@ -85,6 +85,21 @@ std::string readStartTicks(pid_t pid)
     return field;
 }
 
+bool belongsTo(uid_t user, pid_t pid)
+{
+    const FileHandle file = openFile("/proc/" + std::to_string(pid) + "/status", "r");
+    std::array<char, 256> line{};
+    while (file && fgets(line.data(), static_cast<int>(line.size()), file.get())) {
+        std::istringstream fields(line.data());
+        std::string name;
+        uid_t real = 0, effective = 0, saved = 0;
+        if (fields >> name && name == "Uid:" && fields >> real >> effective >> saved) {
+            return user == real || user == saved;
+        }
+    }
+    return false;
+}
+
 bool cannotHaveWritten(pid_t pid, const std::string& path)
 {
     struct stat status {};

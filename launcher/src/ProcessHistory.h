@@ -1,4 +1,4 @@
-// ProcessHistory: what the proc file system tells of how a process began.
+// ProcessHistory: what the proc file system tells of where a process comes from.
 #pragma once
 
 #include <sys/types.h>
@@ -8,6 +8,10 @@
 /// When the process started, in clock ticks since boot: field 22 of
 /// /proc/<pid>/stat, see proc(5). Empty when that cannot be read.
 [[nodiscard]] std::string readStartTicks(pid_t pid);
+
+/// Whether the user may send signals to the process, since its real or its saved
+/// user is he, see kill(2). False, too, when that cannot be read.
+[[nodiscard]] bool belongsTo(uid_t user, pid_t pid);
 
 /// True only when the process certainly did not write the file (UTF-8 path) as a
 /// launcher of ours: it started more than ten seconds after the file's last

@@ -48,18 +48,6 @@ std::wstring findPidFileArgument(const std::vector<std::wstring>& arguments)
     return {};
 }
 
-/// Whether `path` is a PID file that holds `pid`.
-bool holdsPid(const std::wstring& path, std::int32_t pid)
-{
-    if (isSpecialFile(toUtf8(path))) return false;  // reading a pipe may never end
-    std::wostringstream reason;
-    try {
-        return PidFile().read(path, reason) == pid;
-    } catch (const LauncherException&) {
-        return false;
-    }
-}
-
 /// A PID file named on the command line of the client's process, as it reads
 /// from here; empty when that cannot be told.
 std::wstring pidFileSeenByProcess(const StopRequestClient& client, const std::wstring& path)
@@ -70,7 +58,7 @@ std::wstring pidFileSeenByProcess(const StopRequestClient& client, const std::ws
     std::wstring there = client.getWorkingDirectory();
     there.append(L"/").append(path);
     for (const std::wstring& seen : {there, path}) {
-        if (holdsPid(seen, client.pid())) return seen;
+        if (PidFile().holds(seen, client.pid())) return seen;
     }
     return {};
 }
@@ -82,6 +70,28 @@ bool isGone(const std::wstring& pidFilePath, std::int32_t pid)
 {
     if (pidFilePath.empty()) return false;
     return !PidFile().mayExist(pidFilePath) || PidFile().isOlderThanProcess(pidFilePath, pid);
+}
+
+/// Whether the process `pid` may be signalled on the word of the PID file, which it
+/// was read from; the log tells why not.
+bool isTrusted(const std::wstring& pidFilePath, std::int32_t pid)
+{
+    if (pidFilePath.empty()) return true;
+    const std::optional<std::wstring> reason = PidFile().reasonToDistrust(pidFilePath, pid);
+    if (!reason) return true;
+    logWarn({kClass, L"stop"}, L"PID file does not count", L"pidFilePath", pidFilePath, L"pid", pid,
+            L"reason", *reason);
+    return false;
+}
+
+/// Stops the client's process, unless `pidFilePath`, where its id is from, speaks
+/// against that.
+Result stopUnlessForbidden(StopRequestClient& client, const std::wstring& pidFilePath,
+                           const SimpleOptional<std::uint64_t>& timeoutMillis, bool fast)
+{
+    if (isGone(pidFilePath, client.pid())) return Result::NotFound;
+    if (!isTrusted(pidFilePath, client.pid())) return Result::NotPermitted;
+    return StopRequestClient::askToStop(client, timeoutMillis, fast);
 }
 
 /// What is told about the PID file of a launcher that was killed.
@@ -136,7 +146,7 @@ int StopRequestClient::stop(const std::wstring& pidFilePath,
 {
     // To be asked while the process still is there.
     const std::wstring pidFile = pidFilePath.empty() ? getPidFilePath(*this) : pidFilePath;
-    switch (isGone(pidFilePath, pid_) ? Result::NotFound : askToStop(*this, timeoutMillis, fast)) {
+    switch (stopUnlessForbidden(*this, pidFilePath, timeoutMillis, fast)) {
         case Result::NotFound:
             console.writeErrorLine(formatMessage(IDS_LAUNCHER_NOT_FOUND_NOTHING_STOPPED, pid_));
             return kExitNotFound;
@@ -211,17 +221,19 @@ Cleanup StopRequestClient::cleanupPidFileAfterClientShutdown(const std::wstring&
     const IFileUtils& files = getOsUtilsFactory().getFileUtils();
     const FileLock lock(path, FileLock::Missing::Leave);
     try {
-        const auto owner = endedPid ? PidFile().runningOwner(path) : std::nullopt;
-        if (lock.foundNoFile() || !files.fileExists(path) || (owner && owner != endedPid)) {
+        const bool isDirectory = files.isDirectory(path);
+        const bool isFile = !isDirectory && !isSpecialFile(toUtf8(path));
+        const bool isAnothers = isFile && endedPid && !PidFile().holds(path, *endedPid);
+        if (lock.foundNoFile() || !files.fileExists(path) || isAnothers) {
             logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
                     L"pidFilePath", path);
             return Cleanup::NotAccessible;
         }
-        if (files.isDirectory(path)) {
+        if (isDirectory) {
             logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_IS_DIRECTORY));
             return Cleanup::Failed;
         }
-        if (isSpecialFile(toUtf8(path))) {
+        if (!isFile) {
             logError({kClass, kMethod}, L"Failed to remove pid file", L"exception",
                      L"not a regular file");
             return Cleanup::Failed;

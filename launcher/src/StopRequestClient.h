@@ -53,8 +53,7 @@ public:
     /// here; empty when there is none or that cannot be told.
     [[nodiscard]] static std::wstring getPidFilePath(const StopRequestClient& client);
     /// Removes the PID file of a launcher that has ended. With `endedPid`, its
-    /// process id: a file that names another running process is a later launcher's,
-    /// and not accessible.
+    /// process id: a file that does not hold it is another's, and not accessible.
     [[nodiscard]] static Cleanup cleanupPidFileAfterClientShutdown(
         const std::wstring& path, std::optional<std::int32_t> endedPid = {});
 

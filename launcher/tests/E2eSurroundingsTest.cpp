@@ -6,6 +6,7 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -138,6 +139,23 @@ TEST_P(RightsE2eTest, WithoutProcNothingIsStartedOrTakenForStopped)
     expectEndAfter(SIGUSR1, target, 0);
 }
 
+TEST_P(RightsE2eTest, ClosedStreamsTakeNoFileOfTheLauncher)
+{
+    for (const bool hasDevices : {true, false}) {
+        LauncherRun run = service("start=ready,wait stop=release");
+        run.before([=] {
+            if (!hasDevices) mountHere("tmpfs", "/dev");
+            close_range(STDIN_FILENO, STDERR_FILENO, 0);
+        });
+        const LauncherProcess launcher = startReady(run);
+        for (const char* stream : {"0", "1", "2"}) {
+            const std::string link = "/proc/" + std::to_string(launcher.pid) + "/fd/" + stream;
+            EXPECT_EQ(std::filesystem::read_symlink(link), hasDevices ? "/dev/null" : "/");
+        }
+        expectEndAfter(SIGUSR1, launcher, 0);
+    }
+}
+
 TEST_P(RightsE2eTest, WhatProcHidesStillRuns)
 {
     const auto hideOthers = [] {
@@ -224,7 +242,7 @@ TEST_P(SurroundingsE2eTest, AStartUnderATightLimitWorksOrTells)
     EXPECT_FALSE(exists("service.pid"));
 
     const LauncherProcess target = startReady(service("start=ready,wait stop=release"));
-    EXPECT_EQ(stop(limit(RLIMIT_NOFILE, 4)),
+    EXPECT_EQ(stop(limit(RLIMIT_NOFILE, 6)),
               "Launcher with PID=" + std::to_string(target.pid) + " stopped gracefully\n");
     EXPECT_EQ(target.waitForExit().status, 0);
 }
@@ -399,6 +417,70 @@ TEST_P(RightsE2eTest, ALogThatMayNotBeRenamedEndsTheStart)
     EXPECT_EQ(result.status, 10);
     EXPECT_EQ(result.err, "Cannot rotate launcher log: source '" + file + "', target '" + file +
                               ".1'. Error: (13) Permission denied\n");
+}
+
+using PlantsE2eTest = EndToEndTest;
+
+TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "needs the rights of root";
+    constexpr uid_t kStranger = 65534;
+    std::filesystem::create_directory(dir / "place");
+    const auto plant = [this](const std::string& target, uid_t owner) {
+        std::filesystem::remove(dir / "link");
+        std::filesystem::create_symlink(target, dir / "link");
+        ASSERT_EQ(lchown((dir / "link").c_str(), owner, 0), 0);
+    };
+    // A command, its status where it works, and where it must not.
+    const std::string start = "start --jvmdll x --jclasspath x --pidfile=link";
+    std::vector<std::tuple<std::string, int, int>> cases{{start, 2, 3}, {start + "/file", 2, 3}};
+    for (const std::string option : {"clog", "cout", "cerr", "cstd"}) {
+        for (const std::string path : {"link", "link/file", "link/sub/file"}) {
+            cases.emplace_back("stop --pid 999999999 --" + option + "=" + path, 11, 1);
+        }
+    }
+    for (const auto& [command, works, refused] : cases) {
+        for (const uid_t owner : {kStranger, uid_t{0}}) {
+            plant(command.ends_with("link") ? "place/file" : "place", owner);
+            const LauncherResult result = launcher(command).run();
+            EXPECT_EQ(result.status, owner == 0 ? works : refused) << command;
+            const std::string told = result.out + result.err;
+            const bool isRefused = told.find("(40) Too many levels of symb") != told.npos;
+            const bool isUntouched = std::filesystem::is_empty(dir / "place");
+            EXPECT_TRUE(owner == 0 ? !isRefused : isRefused && isUntouched) << command << told;
+            std::filesystem::remove_all(dir / "place");
+            std::filesystem::create_directory(dir / "place");
+        }
+    }
+}
+
+TEST_F(PlantsE2eTest, APipeWorksAsLongAsSomebodyReadsIt)
+{
+    ASSERT_EQ(mkfifo((dir / "pipe").c_str(), 0600), 0);
+    for (const std::string option : {"--clog", "--cout", "--cerr", "--cstd"}) {
+        const LauncherRun stop = launcher("stop --pid 999999999 " + option + " pipe");
+        const LauncherResult unread = stop.run();
+        EXPECT_EQ(unread.status, 1) << option;
+        EXPECT_TRUE(unread.out.find(" not accessible") != unread.out.npos) << unread.out;
+        const FileDescriptor reader(open((dir / "pipe").c_str(), O_RDONLY | O_NONBLOCK));
+        EXPECT_EQ(stop.run().status, 11) << option;
+        char first = 0;
+        EXPECT_EQ(read(reader.get(), &first, 1), option == "--cout" ? 0 : 1) << option;
+    }
+}
+
+TEST_P(SurroundingsE2eTest, OnlyTheOwnerCanWriteToItsFiles)
+{
+    LauncherRun run = service("start=ready,wait stop=release").args("--cout out --cerr err");
+    const LauncherProcess target = startReady(run.before([] { umask(0); }));
+    const std::pair<const char*, mode_t> files[] = {
+        {"service.pid", 0644}, {"launcher.log", 0640}, {"out", 0640}, {"err", 0640}};
+    for (const auto& [file, mode] : files) {
+        struct stat status {};
+        ASSERT_EQ(stat((dir / file).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, mode) << file;
+    }
+    expectEndAfter(SIGUSR1, target, 0);
 }
 
 TEST_P(SurroundingsE2eTest, TheJvmFindsNoFaultWithTheUseOfItsInterface)

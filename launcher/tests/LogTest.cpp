@@ -82,13 +82,14 @@ TEST_F(LogTest, SurvivesAReleasedLogThatOtherThreadsStillWriteTo)
 TEST_F(LogTest, DoesNotWaitForALogThatACrashedThreadHolds)
 {
     ASSERT_EQ(mkfifo((dir_ / "app.log").c_str(), 0600), 0);
+    const int pipe = open((dir_ / "app.log").c_str(), O_RDONLY | O_NONBLOCK);
+    fcntl(pipe, F_SETFL, 0);
     LinuxFileLogger logger(file_, 1);  // which leaves a pipe where it is
     // Blocks in the middle of its write, the log in its hands.
     std::thread holder([&logger] {
         logger.log(kLevelInfo, L"C", L"f.cpp", 1, L"f", std::wstring(1'000'000, L'x'));
         logger.flush();
     });
-    const int pipe = open((dir_ / "app.log").c_str(), O_RDONLY);
     std::string text(1, ' ');
     ASSERT_EQ(read(pipe, text.data(), 1), 1);
     limitLogWaits(std::chrono::milliseconds(1));
@@ -151,7 +152,8 @@ TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
         {{"app.log", "app.log.1", "app.log.7"}, "app.log.8"},
         {{"app.log.3"}, "none"},
         {{"app.log", "app.log-5", "app.log.5a", "app.log.x", "app.lo.9"}, "app.log.6"},
-        {{"app.log", "app.log.99999999999999999999", "app.log.9223372036854775807"}, "app.log.1"},
+        {{"app.log", "app.log.99999999999999999999"}, "app.log.1"},
+        {{"app.log", "app.log.9223372036854775806"}, "app.log.9223372036854775807"},
         {{"app.log", "app.log."}, "app.log.1"},
     };
     for (const auto& [before, rotatedTo] : cases) {
@@ -177,7 +179,7 @@ TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBeforeUnlessAnybodyMayHavePlantedT
         const ScopedTempDir dir;
         const std::string file = dir.write("app.log", "");
         if (chown(file.c_str(), kUser, kGroup) != 0) GTEST_SKIP() << "needs the rights of root";
-        chmod(file.c_str(), 0620);
+        chmod(file.c_str(), 0664);
         ASSERT_EQ(chown(dir.path().c_str(), owner, 0), 0);
         chmod(dir.path().c_str(), mode);
         const mode_t before = umask(077);
@@ -186,7 +188,7 @@ TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBeforeUnlessAnybodyMayHavePlantedT
         struct stat status {};
         ASSERT_EQ(stat(file.c_str(), &status), 0);
         const auto ownership = std::tuple(status.st_uid, status.st_gid, status.st_mode & 0777U);
-        EXPECT_EQ(ownership, isLeft ? std::tuple(kUser, kGroup, 0620U) : std::tuple(0U, 0U, 0600U))
+        EXPECT_EQ(ownership, isLeft ? std::tuple(kUser, kGroup, 0640U) : std::tuple(0U, 0U, 0600U))
             << owner << " " << mode;
     }
 }
@@ -203,6 +205,12 @@ TEST_F(LogTest, ReportsALogThatCannotBeMade)
     EXPECT_EQ(raised([&] { LinuxFileLogger(dir_.wide("x\\y"), 1); }),
               L"10 Cannot rotate launcher log: source '" + dir_.wide("x\\y") + L"', target '" +
                   dir_.wide("x\\y.1") + L"'. Error: (2) No such file or directory");
+    const std::wstring last = dir_.wide("last.log"), lastNumber = L".9223372036854775807";
+    dir_.write("last.log", "");
+    dir_.write("last.log" + toUtf8(lastNumber), "kept");
+    EXPECT_EQ(raised([&] { LinuxFileLogger(last, 1); }),
+              L"10 Cannot rotate launcher log: source '" + last + L"', target '" + last +
+                  lastNumber + L"'. Error: (17) File exists");
     // A bare "app.log." counts as the log, which then cannot be renamed.
     dir_.write("app.log.", "");
     EXPECT_EQ(raised([&] { LinuxFileLogger(file_, 1); }),

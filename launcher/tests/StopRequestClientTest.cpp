@@ -1,13 +1,13 @@
 #include "StopRequestClient.h"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <functional>
 #include <tuple>
 
 #include "ChildProcesses.h"
@@ -16,6 +16,7 @@
 #include "LinuxStopRequestClient.h"
 #include "MessageIds.h"
 #include "UnitTest.h"
+#include "WaitUntil.h"
 
 namespace {
 
@@ -43,12 +44,17 @@ public:
     bool isProcessRunning() const override { return looks_-- > 0; }
     Texts getCommandLine() const override { return commandLine; }
     Result sendStopSignal(bool) override { return sent_; }
-    Result terminateProcess() override { return killed_; }
+    Result terminateProcess() override
+    {
+        atKill();
+        return killed_;
+    }
 
     std::wstring getWorkingDirectory() const override { return directory; }
 
     Texts commandLine;
     std::wstring directory;
+    std::function<void()> atKill = [] {};
 
 private:
     const Result sent_, killed_;
@@ -65,15 +71,17 @@ TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
     dir_.write("given", "7");
     dir_.write("below-the-target", "7");
     dir_.write("of-another", "8");
-    dir_.write("of-a-later-one", "1");
+    dir_.write("of-a-later-one", "7");
+    dir_.write("no-file-any-more", "7");
     const std::tuple<std::wstring, std::wstring, std::wstring> cases[] = {
         {L"--quiet --pidfile=@/joined", L"", removed},
         {L"--pidfile below-the-target", L"", removed},
         {L"--pidfile of-another", L"", L""},
+        {L"--pidfile @/of-another", L"", L""},
         {L"--pidfile below-us", L"", removed},  // the target left the directory
         {L"--pidfile", L"", L""},
         {L"", L"@/of-a-later-one", L""},
-        {L"", L"@/given/pid", failed},
+        {L"", L"@/no-file-any-more", failed},
         {L"--pidfile /dev/null", L"", failed},
         {L"--pidfile /other", L"@/given", removed},
     };
@@ -85,12 +93,19 @@ TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
         Target target(2);
         target.commandLine = split(at(commandLine));
         target.directory = dir_.wide();
+        target.atKill = [&, file = pidFile] {
+            if (file == L"@/of-a-later-one") dir_.write("of-a-later-one", "1");
+            if (file != L"@/no-file-any-more") return;
+            std::filesystem::remove(dir_ / "no-file-any-more");
+            std::filesystem::create_directory(dir_ / "no-file-any-more");
+        };
         EXPECT_EQ(stop(std::move(target), Timeout(1), at(pidFile)),
                   L"0 Launcher with PID=7 was forced to stop" + suffix + L"\n");
     }
     std::filesystem::current_path(before);
     EXPECT_TRUE(std::filesystem::remove(dir_ / "of-another"));
     EXPECT_TRUE(std::filesystem::remove(dir_ / "of-a-later-one"));
+    EXPECT_TRUE(std::filesystem::remove(dir_ / "no-file-any-more"));
     EXPECT_TRUE(std::filesystem::remove(dir_ / "client"));
     EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
 }
@@ -138,11 +153,15 @@ TEST_F(StopRequestClientTest, AStartDeletesAPidFileThatNamesNoOtherRunningProces
 /// A process that runs `program`, until the end of the scope.
 class Stranger final {
 public:
-    explicit Stranger(std::string program)
+    explicit Stranger(const std::string& program, uid_t user = geteuid()) : pid_(fork())
     {
-        char duration[] = "1000";
-        char* const arguments[] = {program.data(), duration, nullptr};
-        EXPECT_EQ(posix_spawn(&pid_, program.c_str(), nullptr, nullptr, arguments, nullptr), 0);
+        if (pid_ == 0) {
+            std::signal(SIGUSR1, SIG_IGN);
+            if (setuid(user) == 0) execl(program.c_str(), program.c_str(), "1000", nullptr);
+            _exit(127);
+        }
+        const std::string exe = "/proc/" + std::to_string(pid_) + "/exe";
+        EXPECT_TRUE(waitUntil([&] { return std::filesystem::equivalent(exe, program); }));
     }
     ~Stranger()
     {
@@ -155,7 +174,7 @@ public:
     [[nodiscard]] pid_t pid() const { return pid_; }
 
 private:
-    pid_t pid_ = 0;
+    pid_t pid_;
 };
 
 TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
@@ -186,6 +205,43 @@ TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
             isStale ? L"nothing raised" : L"3 " + getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
         EXPECT_EQ(std::filesystem::exists(dir_ / "pid"), !isStale) << age.count();
     }
+}
+
+TEST_F(StopRequestClientTest, RootTrustsAPidFileNoFurtherThanItsOwner)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "needs the rights of root";
+    constexpr uid_t kUser = 65534;
+    const std::tuple<uid_t, mode_t, uid_t, bool> cases[] = {
+        // File, its mode, process
+        {0, 0644, 0, true},          {0, 0644, kUser, true},  {kUser, 0600, kUser, true},
+        {kUser, 0644, 0, false},     {kUser, 0644, 1, false}, {0, 0664, 0, false},
+        {kUser, 0646, kUser, false},
+    };
+    const auto stopNamed = [this](const Stranger& process, const char* file) {
+        return stop(LinuxStopRequestClient(process.pid()), Timeout(0), dir_.wide(file));
+    };
+    const auto refusalOf = [](const Stranger& process) {
+        return L"12 Launcher is not permitted to stop process with PID=" +
+               std::to_wstring(process.pid()) + L"\n";
+    };
+    for (const auto& [owner, mode, user, isTrusted] : cases) {
+        const Stranger process("/bin/sleep", user);
+        const std::string file = dir_.write("pid", std::to_string(process.pid()));
+        ASSERT_TRUE(chown(file.c_str(), owner, 0) == 0 && chmod(file.c_str(), mode) == 0);
+        EXPECT_EQ(stopNamed(process, "pid") != refusalOf(process), isTrusted)
+            << owner << " " << std::oct << mode << " " << user;
+        EXPECT_EQ(log_.lines().back().starts_with(L"WARN StopRequestClient.stop: PID file does not "
+                                                  L"count pidFilePath="),
+                  !isTrusted);
+        EXPECT_EQ(std::filesystem::exists(file), !isTrusted);  // else it went with the process
+    }
+    const Stranger process("/bin/sleep");
+    dir_.write("pid", std::to_string(process.pid()));
+    ASSERT_TRUE(symlink("pid", (dir_ / "link").c_str()) == 0);
+    ASSERT_TRUE(lchown((dir_ / "link").c_str(), kUser, 0) == 0);
+    EXPECT_EQ(stopNamed(process, "link"), refusalOf(process));
+    dir_.write("pid", "1");
+    EXPECT_EQ(stopNamed(process, "pid"), refusalOf(process));
 }
 
 TEST_F(StopRequestClientTest, AStartIsRefusedWhereThePidFileCannotBeDeleted)

@@ -1,0 +1,137 @@
+#include "TrustedPath.h"
+
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+constexpr int kPlace = O_PATH | O_CLOEXEC;
+constexpr int kMaxLinks = 40;  ///< as the kernel's, see path_resolution(7)
+
+FileDescriptor startOf(const std::string& path)
+{
+    return FileDescriptor(open(path.starts_with('/') ? "/" : ".", kPlace | O_DIRECTORY));
+}
+
+/// Cuts the first name off `path`; "." where only slashes are left.
+std::string takeName(std::string& path)
+{
+    path.erase(0, path.find_first_not_of('/'));
+    std::string name = path.substr(0, path.find('/'));
+    path.erase(0, name.size());
+    return name.empty() ? "." : name;
+}
+
+/// Whoever owns the root directory is as good as root: in a user namespace root
+/// may have no name.
+bool isTrusted(uid_t owner)
+{
+    struct stat root {};
+    return owner == 0 || owner == geteuid() || (stat("/", &root) == 0 && owner == root.st_uid);
+}
+
+/// The links of /proc lead to a file, not to a name; see proc(5).
+bool isOnProc(const FileDescriptor& link)
+{
+    struct statfs status {};
+    return fstatfs(link.get(), &status) == 0 && status.f_type == PROC_SUPER_MAGIC;
+}
+
+/// Empty, with errno, on failure.
+std::string targetOf(const FileDescriptor& link)
+{
+    std::array<char, PATH_MAX> target{};
+    return readlinkat(link.get(), "", target.data(), target.size() - 1) < 0 ? "" : target.data();
+}
+
+}  // namespace
+
+TrustedPath::TrustedPath(const std::string& path, LastLink lastLink)
+    : error_(path.empty()             ? ENOENT
+             : path.size() < PATH_MAX ? walk(path, lastLink)
+                                      : ENAMETOOLONG)
+{
+}
+
+FileDescriptor TrustedPath::open(int flags, mode_t mode) const
+{
+    constexpr int kWithoutWaiting = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    if (!isFound()) return {};
+    FileDescriptor file(
+        openat(directory_.get(), name_.c_str(), flags | lastLinkFlag_ | kWithoutWaiting, mode));
+    if (file.isOpen()) fcntl(file.get(), F_SETFL, flags);  // waits again
+    return file;
+}
+
+int TrustedPath::makeDirectory() const
+{
+    return isFound() ? mkdirat(directory_.get(), name_.c_str(), 0777) : -1;
+}
+
+int TrustedPath::unlink() const
+{
+    return isFound() ? unlinkat(directory_.get(), name_.c_str(), 0) : -1;
+}
+
+int TrustedPath::rename(const std::string& newName, unsigned flags) const
+{
+    if (!isFound()) return -1;
+    return renameat2(directory_.get(), name_.c_str(), directory_.get(), newName.c_str(), flags);
+}
+
+/// Gives 0, or the errno of the failure.
+int TrustedPath::walk(std::string path, LastLink lastLink)
+{
+    int links = 0;
+    directory_ = startOf(path);
+    while (directory_.isOpen()) {
+        name_ = takeName(path);
+        const bool isLast = path.empty();
+        if (isLast && lastLink == LastLink::Keep) return 0;
+        FileDescriptor found(openat(directory_.get(), name_.c_str(), kPlace | O_NOFOLLOW));
+        if (!found.isOpen()) return isLast && errno == ENOENT ? 0 : errno;
+        struct stat status {};
+        if (fstat(found.get(), &status) != 0) return errno;
+        if (!S_ISLNK(status.st_mode)) {
+            if (isLast) return 0;
+            directory_ = std::move(found);
+            continue;
+        }
+        if (!isTrusted(status.st_uid) || ++links > kMaxLinks) return ELOOP;
+        if (isOnProc(found)) {
+            if (isLast) {
+                lastLinkFlag_ = 0;
+                return 0;
+            }
+            directory_ = FileDescriptor(openat(directory_.get(), name_.c_str(), kPlace));
+            continue;
+        }
+        const std::string target = targetOf(found);
+        if (target.empty()) return errno;
+        if (target.starts_with('/')) directory_ = startOf(target);
+        path.insert(0, target);
+    }
+    return errno;
+}
+
+bool TrustedPath::isFound() const
+{
+    errno = error_;
+    return error_ == 0;
+}
+
+bool leadsTo(const std::string& path, const FileDescriptor& file)
+{
+    struct stat opened {};
+    struct stat named {};
+    return fstat(file.get(), &opened) == 0 && stat(path.c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
