@@ -1,6 +1,8 @@
 #include "JMethodCaller.h"
 
+#include <chrono>
 #include <exception>
+#include <thread>
 #include <utility>
 
 #include "JavaExceptionText.h"
@@ -15,6 +17,8 @@
 #include "TextConversion.h"
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr wchar_t kClass[] = L"JMethodCaller";
 
@@ -76,7 +80,12 @@ bool JMethodCaller::isTargetMethodExists()
 
 void JMethodCaller::waitForCall() const
 {
-    if (threadEnd_.valid()) called_.wait(false);
+    // The thread may lose the processor right before the method.
+    constexpr std::chrono::milliseconds kHeadStart{10};
+    if (!threadEnd_.valid()) return;
+    calledAt_.wait(0);
+    const Clock::time_point calledAt{Clock::duration(calledAt_.load())};
+    std::this_thread::sleep_until(calledAt + kHeadStart);
 }
 
 void JMethodCaller::waitForThread() const
@@ -132,8 +141,9 @@ void JMethodCaller::internalRun()
 
 void JMethodCaller::announceCall()
 {
-    called_.test_and_set();
-    called_.notify_all();
+    std::int64_t before = 0;
+    calledAt_.compare_exchange_strong(before, Clock::now().time_since_epoch().count());
+    calledAt_.notify_all();
 }
 
 /// A failure is logged only: most services never ask for the class loader.

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <future>
 #include <memory>
 #include <string>
@@ -48,8 +49,9 @@ public:
     /// nothing. The calling thread must be attached.
     [[nodiscard]] bool isTargetMethodExists();
 
-    /// Blocks until the thread that start() began is calling the method, or has failed
-    /// before that. Returns at once if there is none.
+    /// Blocks until the thread that start() began is calling the method, with a head
+    /// start of 10 ms for its first statements, or has failed before that. Returns at
+    /// once if there is none.
     void waitForCall() const;
 
     /// Blocks until the thread that start() began has done its very last
@@ -76,8 +78,8 @@ private:
     jclass class_ = nullptr;
     jobject classLoader_ = nullptr;
     Completion completion_;
-    std::atomic<bool> prepared_{false};  ///< publishes the references to the thread
-    std::atomic_flag called_;
+    std::atomic<bool> prepared_{false};      ///< publishes the references to the thread
+    std::atomic<std::int64_t> calledAt_{0};  ///< by the steady clock; 0 before the call
     bool isStart_;
     std::size_t stackSize_;
     std::future<void> threadEnd_;

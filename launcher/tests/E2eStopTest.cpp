@@ -78,7 +78,7 @@ TEST_P(StopE2eTest, GoesOnWithoutAMethodForTheRequest)
 
 TEST_P(StopE2eTest, AStopDuringTheStartIsNeitherDeadlyNorLost)
 {
-    const LauncherRun run = service("start=run stop=quit stopFast=quit");
+    const LauncherRun run = service("", "service.Service$Loop");
     for (const int signal : {SIGUSR1, SIGUSR2, SIGINT}) {
         for (int round = 0; round < 4; ++round) {
             const LauncherProcess launcher = run.start();

@@ -34,19 +34,29 @@ public final class Service {
         }
     }
 
+    // Is stopped only by a stop that comes after the start has begun.
+    public static final class Loop {
+        private static volatile boolean running;
+
+        public static void start(String[] args) throws InterruptedException {
+            running = true;
+            while (running) Thread.sleep(1);
+        }
+
+        public static void stop(String[] args) {
+            running = false;
+        }
+
+        public static void stopFast(String[] args) {
+            running = false;
+        }
+    }
+
     public static final class NoInitialiser {
         static final int NOTHING = Integer.parseInt("no number");
     }
 
     private static final CountDownLatch RELEASED = new CountDownLatch(1);
-
-    private static volatile boolean running;
-
-    // Is only stopped by a stop that comes later.
-    private static void run() throws InterruptedException {
-        running = true;
-        while (running) Thread.sleep(1);
-    }
 
     private static void run(String method, Map<?, ?> properties, String[] args) throws Exception {
         for (String step : System.getProperty(method, "").split(",")) {
@@ -57,8 +67,6 @@ public final class Service {
                 case "ready" -> write("ready", "");
                 case "wait" -> RELEASED.await();
                 case "release" -> RELEASED.countDown();
-                case "run" -> run();
-                case "quit" -> running = false;
                 case "until" -> until(words[1]);
                 case "sleep" -> Thread.sleep(Long.parseLong(words[1]));
                 case "throw" -> fail();
