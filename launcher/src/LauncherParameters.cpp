@@ -1,6 +1,7 @@
 #include "LauncherParameters.h"
 
 #include <charconv>
+#include <chrono>
 #include <memory>
 #include <string_view>
 
@@ -86,8 +87,10 @@ std::shared_ptr<FileContent> readTargetPidFile(const std::wstring& path)
 std::shared_ptr<FileContent> readWrittenPidFile(const std::wstring& path)
 {
     constexpr int kLooks = 5;  // it may not have come to the lock yet
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
     std::shared_ptr<FileContent> content = readTargetPidFile(path);
     for (int looks = 0; content->size() == 0 && looks < kLooks; ++looks) {
+        if (std::chrono::steady_clock::now() > deadline) break;  // somebody sits on the lock
         {
             const FileLock lock(path, FileLock::Missing::Leave);
             content = readTargetPidFile(path);

@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -118,39 +119,17 @@ std::optional<Ownership> foreignOwnership(const std::string& path, const std::st
     return Ownership{file.st_uid, file.st_gid, file.st_mode & kOutputFileMode};
 }
 
-/// A new log for the user whose log was renamed, who could not write to one of
-/// root's: as `create` of logrotate(8). Null where a file or link is there by
-/// now, which is not given away.
-FileHandle createFor(const Ownership& owner, const TrustedPath& place)
+/// The new log, where there is none: EEXIST otherwise. With `owner` for the user
+/// whose log was renamed, who could not write to one of root's: as `create` of
+/// logrotate(8).
+FileHandle createLog(const TrustedPath& place, const std::optional<Ownership>& owner)
 {
-    FileDescriptor file = place.open(O_RDWR | O_APPEND | O_CREAT | O_EXCL, owner.mode);
-    if (file.isOpen() && fchown(file.get(), owner.user, owner.group) == 0) {
-        fchmod(file.get(), owner.mode);  // past the umask
+    const mode_t mode = owner ? owner->mode : kOutputFileMode;
+    FileDescriptor file = place.open(O_RDWR | O_APPEND | O_CREAT | O_EXCL, mode);
+    if (file.isOpen() && owner && fchown(file.get(), owner->user, owner->group) == 0) {
+        fchmod(file.get(), mode);  // past the umask
     }
     return toStream(std::move(file), "a+b");
-}
-
-/// A log that is there already goes on at its end.
-FileHandle openLog(const std::string& path)
-{
-    const bool isReadable = !isSpecialFile(path);  // a pipe is not for its writer to read
-    const int access = isReadable ? O_RDWR : O_WRONLY;
-    return toStream(TrustedPath(path).open(access | O_APPEND | O_CREAT, kOutputFileMode),
-                    isReadable ? "a+b" : "ab");
-}
-
-/// Renames the file at `place`. Gives 0, or -1 with errno: EEXIST when there is a
-/// file at `target`, which is not replaced.
-int renameToFree(const TrustedPath& place, const std::string& target)
-{
-    const std::string name = target.substr(target.rfind('/') + 1);  // npos + 1 is 0
-    const int renamed = place.rename(name, RENAME_NOREPLACE);
-    if (renamed == 0 || errno != EINVAL) return renamed;
-    // Not every file system can refuse to replace.
-    struct stat status {};
-    if (lstat(target.c_str(), &status) != 0 && errno == ENOENT) return place.rename(name, 0);
-    errno = EEXIST;
-    return -1;
 }
 
 /// Renames the log at `place` to the next number. With `mayRetry` false when another
@@ -158,15 +137,15 @@ int renameToFree(const TrustedPath& place, const std::string& target)
 bool tryRotate(const std::wstring& path, const TrustedPath& place, const RotationState& state,
                bool mayRetry)
 {
+    const std::string bytePath = toUtf8(path);
     constexpr std::int64_t kLastNumber = std::numeric_limits<std::int64_t>::max();
     const std::int64_t next = std::min(state.highestNumber, kLastNumber - 1) + 1;
     std::array<char, 4096> target{};
     const int length =
-        std::snprintf(target.data(), target.size(), "%s.%ld", toUtf8(path).c_str(), next);
+        std::snprintf(target.data(), target.size(), "%s.%ld", bytePath.c_str(), next);
     if (length >= 1) {
-        // Cut where the longest path ends, the target may be the log itself.
-        const bool isItself = target.data() == toUtf8(path);
-        if (isItself || renameToFree(place, target.data()) == 0) return true;
+        const std::string name = std::string(target.data()).substr(bytePath.rfind('/') + 1);
+        if (place.renameToFree(name) == 0) return true;
         const bool lostRace = errno == EEXIST || (errno == ENOENT && state.logWasSeen);
         if (lostRace && mayRetry) return false;
     }
@@ -175,7 +154,8 @@ bool tryRotate(const std::wstring& path, const TrustedPath& place, const Rotatio
                                                                toWide(target.data()), error));
 }
 
-/// Gives the ownership that the new log should have, when it is not ours.
+/// Renames the log if there is one. Gives the ownership that the new one should
+/// have, when it is not ours.
 std::optional<Ownership> rotateExistingLog(const std::wstring& path, const TrustedPath& place)
 {
     const std::string bytePath = toUtf8(path);
@@ -184,16 +164,33 @@ std::optional<Ownership> rotateExistingLog(const std::wstring& path, const Trust
     // The directory of "/name" is the root, though nothing stands before its '/'.
     const std::string directory = bare ? "." : bytePath.substr(0, separator == 0 ? 1 : separator);
     const std::string baseName = bare ? bytePath : bytePath.substr(separator + 1);
-
-    // A directory is no old log: opening it fails, and it stays where it is.
-    const bool isLog =
-        !isSpecialFile(bytePath) && !getOsUtilsFactory().getFileUtils().isDirectory(path);
     for (int triesLeft = kMaxLostRaces;; --triesLeft) {
         const RotationState state = readRotationState(path, directory, baseName);
-        if (!state.logExists || !isLog) return std::nullopt;
+        if (!state.logExists) return std::nullopt;
         const std::optional<Ownership> owner = foreignOwnership(bytePath, directory);
         if (tryRotate(path, place, state, triesLeft > 0)) return owner;
     }
+}
+
+/// Null, with errno, when it cannot be made. What cannot be renamed stays where it is,
+/// and is added to: a device; a pipe, which its writer must not read; the longest
+/// path, which has no room for a number; a directory, which fails.
+FileHandle makeLog(const std::wstring& path)
+{
+    const std::string bytePath = toUtf8(path);
+    const bool isLongest = bytePath.size() >= PATH_MAX - 1;
+    if (isLongest || isSpecialFile(bytePath) ||
+        getOsUtilsFactory().getFileUtils().isDirectory(path)) {
+        constexpr int kAdd = O_WRONLY | O_APPEND | O_CREAT;
+        return toStream(TrustedPath(bytePath).open(kAdd, kOutputFileMode), "ab");
+    }
+    const TrustedPath place(bytePath, TrustedPath::LastLink::Keep);
+    FileHandle log;
+    // A file that is there again is another's, which started at the same time.
+    for (int tries = 0; !log && (tries == 0 || errno == EEXIST) && tries < kMaxLostRaces; ++tries) {
+        log = createLog(place, rotateExistingLog(path, place));
+    }
+    return log;
 }
 
 thread_local pid_t threadId = 0;  // until the thread asks for it
@@ -232,12 +229,9 @@ std::wstring_view lastComponent(std::wstring_view path)
 
 }  // namespace
 
-LinuxFileLogger::LinuxFileLogger(const std::wstring& path, std::int32_t pid) : pid_(pid)
+LinuxFileLogger::LinuxFileLogger(const std::wstring& path, std::int32_t pid)
+    : stream_(makeLog(path)), pid_(pid)
 {
-    const std::string bytePath = toUtf8(path);
-    const TrustedPath place(bytePath, TrustedPath::LastLink::Keep);
-    if (const auto owner = rotateExistingLog(path, place)) stream_ = createFor(*owner, place);
-    if (!stream_) stream_ = openLog(bytePath);
     if (!stream_) raiseCreationError(path);
 }
 

@@ -152,7 +152,7 @@ std::wstring LinuxFileUtils::touchFile(const std::wstring& path) const
         }
         if (!resolved && errno != ENOENT) break;
         // Another launcher has renamed a log just now; or somebody exchanges links.
-        errno = ELOOP;
+        if (resolved) errno = ELOOP;
     }
     raiseError(IDS_UNABLE_TO_CONVERT_PATH_TO_ABS, path);
 }

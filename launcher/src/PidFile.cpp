@@ -14,7 +14,7 @@
 #include "IOsUtilsFactory.h"
 #include "IProcessUtils.h"
 #include "ISystemUtils.h"
-#include "LauncherException.h"
+#include "LauncherOsException.h"
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
@@ -27,8 +27,7 @@
 namespace {
 
 constexpr wchar_t kClass[] = L"PidFile";
-constexpr int kRead = O_RDONLY | O_NONBLOCK;  ///< whatever it is, without waiting
-constexpr std::uint32_t kMaxPidDigits = 9;    // whatever they are, the number fits 32 bits
+constexpr std::uint32_t kMaxPidDigits = 9;  // whatever they are, the number fits 32 bits
 
 std::wstring textOfError(int error)
 {
@@ -54,14 +53,51 @@ Content readContent(const std::wstring& path)
     return {static_cast<std::int32_t>(pid), nullptr};
 }
 
-/// Whether the file holds `pid` in digits and nothing else, leading zeros aside.
-bool holdsId(const FileDescriptor& file, std::int32_t pid)
-{
-    std::array<char, kMaxPidDigits + 3> text{};
-    const ssize_t size = file.isOpen() ? read(file.get(), text.data(), text.size() - 1) : -1;
-    char* end = text.data();
-    return size > 0 && std::strtol(text.data(), &end, 10) == pid && end == text.data() + size;
-}
+/// An opened PID file. The links of its owner count on the way to it, too: they lead
+/// to what is his own.
+class OpenPidFile final {
+public:
+    explicit OpenPidFile(const std::string& path)
+        : owner_(ownerOf(path)), place_(path, TrustedPath::LastLink::Follow, owner_)
+    {
+        errno = EINVAL;
+        if (isSpecialFile(path)) return;             // opening one may have effects
+        file_ = place_.open(O_RDONLY | O_NONBLOCK);  // whatever it is by now, without waiting
+        if (file_.isOpen() && (fstat(file_.get(), &status_) != 0 || status_.st_uid != owner_)) {
+            file_ = FileDescriptor();
+            errno = ELOOP;  // his link leads to another's file
+        }
+    }
+
+    [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
+    [[nodiscard]] uid_t owner() const { return owner_; }
+    [[nodiscard]] bool isOthersToWrite() const
+    {
+        return (status_.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+    }
+    /// In digits and nothing else, leading zeros aside. Once.
+    [[nodiscard]] bool holds(std::int32_t pid) const
+    {
+        std::array<char, kMaxPidDigits + 3> text{};
+        const ssize_t size = isOpen() ? read(file_.get(), text.data(), text.size() - 1) : -1;
+        char* end = text.data();
+        return size > 0 && std::strtol(text.data(), &end, 10) == pid && end == text.data() + size;
+    }
+    /// Where it was opened: its directory may have another name by now.
+    [[nodiscard]] int unlink() const { return place_.unlink(); }
+
+private:
+    static uid_t ownerOf(const std::string& path)
+    {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 ? status.st_uid : 0;
+    }
+
+    uid_t owner_;
+    TrustedPath place_;
+    FileDescriptor file_;
+    struct stat status_ {};
+};
 
 }  // namespace
 
@@ -146,25 +182,30 @@ bool PidFile::isOwnedBy(const std::wstring& path, std::int32_t pid) const
 
 bool PidFile::holds(const std::wstring& path, std::int32_t pid) const
 {
-    const std::string bytePath = toUtf8(path);
-    return !isSpecialFile(bytePath) && holdsId(TrustedPath(bytePath).open(kRead), pid);
+    return OpenPidFile(toUtf8(path)).holds(pid);
+}
+
+bool PidFile::removeIfItHolds(const std::wstring& path, std::int32_t pid) const
+{
+    const OpenPidFile file(toUtf8(path));
+    if (!file.holds(pid)) return false;
+    if (file.unlink() == 0) return true;
+    const std::wstring error = getOsUtilsFactory().getSystemUtils().getLastErrorText();
+    throw LauncherOsException(formatMessage(IDS_CANNOT_DELETE_FILE, path, error));
 }
 
 std::optional<std::wstring> PidFile::reasonToDistrust(const std::wstring& path,
                                                       std::int32_t pid) const
 {
     if (geteuid() != 0) return std::nullopt;
-    const FileDescriptor file = TrustedPath(toUtf8(path)).open(kRead);
-    struct stat status {};
-    if (!file.isOpen() || fstat(file.get(), &status) != 0) return textOfError(errno);
-    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        return L"others than the owner of the PID file may write to it";
-    }
-    if (status.st_uid != 0 && !belongsTo(status.st_uid, pid)) {
+    const OpenPidFile file(toUtf8(path));
+    if (!file.isOpen()) return textOfError(errno);
+    if (file.isOthersToWrite()) return L"others than the owner of the PID file may write to it";
+    if (file.owner() != 0 && !belongsTo(file.owner(), pid)) {
         return L"the process is not that of the owner of the PID file";
     }
     // What was checked may not be what was read.
-    if (!holdsId(file, pid)) return L"the PID file holds another number by now";
+    if (!file.holds(pid)) return L"the PID file holds another number by now";
     return std::nullopt;
 }
 

@@ -38,9 +38,13 @@ public:
     /// have written it.
     [[nodiscard]] bool isOwnedBy(const std::wstring& path, std::int32_t pid) const;
 
-    /// Whether the file, which no stranger's link leads to, holds the id `pid` and
-    /// nothing else.
+    /// Whether the file holds the id `pid` and nothing else. No link leads there but
+    /// of root, of this user, and of the owner of the file.
     [[nodiscard]] bool holds(const std::wstring& path, std::int32_t pid) const;
+
+    /// Deletes the file if it holds `pid`, and gives whether it did; links, which are
+    /// followed, stay. Throws LauncherOsException IDS_CANNOT_DELETE_FILE.
+    [[nodiscard]] bool removeIfItHolds(const std::wstring& path, std::int32_t pid) const;
 
     /// Why root must not signal the process `pid` on the word of the file, which holds
     /// that id: a user who may write to it could have any process killed. Nothing when

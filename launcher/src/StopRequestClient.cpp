@@ -72,26 +72,19 @@ bool isGone(const std::wstring& pidFilePath, std::int32_t pid)
     return !PidFile().mayExist(pidFilePath) || PidFile().isOlderThanProcess(pidFilePath, pid);
 }
 
-/// Whether the process `pid` may be signalled on the word of the PID file, which it
-/// was read from; the log tells why not.
-bool isTrusted(const std::wstring& pidFilePath, std::int32_t pid)
-{
-    if (pidFilePath.empty()) return true;
-    const std::optional<std::wstring> reason = PidFile().reasonToDistrust(pidFilePath, pid);
-    if (!reason) return true;
-    logWarn({kClass, L"stop"}, L"PID file does not count", L"pidFilePath", pidFilePath, L"pid", pid,
-            L"reason", *reason);
-    return false;
-}
-
-/// Stops the client's process, unless `pidFilePath`, where its id is from, speaks
-/// against that.
+/// Stops the client's process, unless the PID file, where its id is from, speaks
+/// against that. An empty `pidFilePath` does not.
 Result stopUnlessForbidden(StopRequestClient& client, const std::wstring& pidFilePath,
                            const SimpleOptional<std::uint64_t>& timeoutMillis, bool fast)
 {
     if (isGone(pidFilePath, client.pid())) return Result::NotFound;
-    if (!isTrusted(pidFilePath, client.pid())) return Result::NotPermitted;
-    return StopRequestClient::askToStop(client, timeoutMillis, fast);
+    std::optional<std::wstring> reason;
+    if (!pidFilePath.empty()) reason = PidFile().reasonToDistrust(pidFilePath, client.pid());
+    if (!reason) return StopRequestClient::askToStop(client, timeoutMillis, fast);
+    if (!client.isProcessRunning()) return Result::NotFound;
+    logWarn({kClass, L"stop"}, L"PID file does not count", L"pidFilePath", pidFilePath, L"pid",
+            client.pid(), L"reason", *reason);
+    return Result::NotPermitted;
 }
 
 /// What is told about the PID file of a launcher that was killed.
@@ -221,24 +214,23 @@ Cleanup StopRequestClient::cleanupPidFileAfterClientShutdown(const std::wstring&
     const IFileUtils& files = getOsUtilsFactory().getFileUtils();
     const FileLock lock(path, FileLock::Missing::Leave);
     try {
-        const bool isDirectory = files.isDirectory(path);
-        const bool isFile = !isDirectory && !isSpecialFile(toUtf8(path));
-        const bool isAnothers = isFile && endedPid && !PidFile().holds(path, *endedPid);
-        if (lock.foundNoFile() || !files.fileExists(path) || isAnothers) {
-            logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
-                    L"pidFilePath", path);
-            return Cleanup::NotAccessible;
-        }
-        if (isDirectory) {
+        bool isThere = !lock.foundNoFile() && files.fileExists(path);
+        if (isThere && files.isDirectory(path)) {
             logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_IS_DIRECTORY));
             return Cleanup::Failed;
         }
-        if (!isFile) {
+        if (isThere && isSpecialFile(toUtf8(path))) {
             logError({kClass, kMethod}, L"Failed to remove pid file", L"exception",
                      L"not a regular file");
             return Cleanup::Failed;
         }
-        files.deleteFile(path);
+        if (isThere && endedPid) isThere = PidFile().removeIfItHolds(path, *endedPid);
+        if (isThere && !endedPid) isThere = files.deleteFile(path);
+        if (!isThere) {
+            logInfo({kClass, kMethod}, L"PID-file of another instance is not accessible",
+                    L"pidFilePath", path);
+            return Cleanup::NotAccessible;
+        }
         logInfo({kClass, kMethod}, getMessage(IDS_PIDFILE_OF_ANOTHER_WAS_REMOVED));
         return Cleanup::Removed;
     } catch (const LauncherException& e) {

@@ -30,14 +30,6 @@ std::string takeName(std::string& path)
     return name.empty() ? "." : name;
 }
 
-/// Whoever owns the root directory is as good as root: in a user namespace root
-/// may have no name.
-bool isTrusted(uid_t owner)
-{
-    struct stat root {};
-    return owner == 0 || owner == geteuid() || (stat("/", &root) == 0 && owner == root.st_uid);
-}
-
 /// The links of /proc lead to a file, not to a name; see proc(5).
 bool isOnProc(const FileDescriptor& link)
 {
@@ -54,8 +46,9 @@ std::string targetOf(const FileDescriptor& link)
 
 }  // namespace
 
-TrustedPath::TrustedPath(const std::string& path, LastLink lastLink)
-    : error_(path.empty()             ? ENOENT
+TrustedPath::TrustedPath(const std::string& path, LastLink lastLink, uid_t alsoTrusted)
+    : alsoTrusted_(alsoTrusted),
+      error_(path.empty()             ? ENOENT
              : path.size() < PATH_MAX ? walk(path, lastLink)
                                       : ENAMETOOLONG)
 {
@@ -81,10 +74,22 @@ int TrustedPath::unlink() const
     return isFound() ? unlinkat(directory_.get(), name_.c_str(), 0) : -1;
 }
 
-int TrustedPath::rename(const std::string& newName, unsigned flags) const
+int TrustedPath::renameToFree(const std::string& newName) const
 {
+    const auto rename = [&](unsigned flags) {
+        return renameat2(directory_.get(), name_.c_str(), directory_.get(), newName.c_str(), flags);
+    };
     if (!isFound()) return -1;
-    return renameat2(directory_.get(), name_.c_str(), directory_.get(), newName.c_str(), flags);
+    const int renamed = rename(RENAME_NOREPLACE);
+    if (renamed == 0 || (errno != EINVAL && errno != EPERM)) return renamed;
+    // Not every file system can refuse to replace, nor lets every sandbox ask for it.
+    struct stat status {};
+    const bool isFree =
+        fstatat(directory_.get(), newName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 &&
+        errno == ENOENT;
+    if (isFree) return rename(0);
+    errno = EEXIST;
+    return -1;
 }
 
 /// Gives 0, or the errno of the failure.
@@ -96,30 +101,57 @@ int TrustedPath::walk(std::string path, LastLink lastLink)
         name_ = takeName(path);
         const bool isLast = path.empty();
         if (isLast && lastLink == LastLink::Keep) return 0;
-        FileDescriptor found(openat(directory_.get(), name_.c_str(), kPlace | O_NOFOLLOW));
+        if (!isLast) {
+            // Has that mounted, too, which is mounted on demand: see O_PATH in open(2).
+            FileDescriptor next = openPlace(O_NOFOLLOW | O_DIRECTORY);
+            if (next.isOpen()) {
+                directory_ = std::move(next);
+                continue;
+            }
+            if (errno != ENOTDIR) return errno;
+        }
+        const FileDescriptor found = openPlace(O_NOFOLLOW);
         if (!found.isOpen()) return isLast && errno == ENOENT ? 0 : errno;
         struct stat status {};
         if (fstat(found.get(), &status) != 0) return errno;
-        if (!S_ISLNK(status.st_mode)) {
-            if (isLast) return 0;
-            directory_ = std::move(found);
-            continue;
-        }
+        if (!S_ISLNK(status.st_mode)) return isLast ? 0 : ENOTDIR;
         if (!isTrusted(status.st_uid) || ++links > kMaxLinks) return ELOOP;
-        if (isOnProc(found)) {
-            if (isLast) {
-                lastLinkFlag_ = 0;
-                return 0;
-            }
-            directory_ = FileDescriptor(openat(directory_.get(), name_.c_str(), kPlace));
-            continue;
+        const int error = follow(found, path);
+        if (error != 0 || lastLinkFlag_ == 0) return error;
+    }
+    return errno;
+}
+
+/// Puts the target of `link` before the rest of `path`. Gives the same.
+int TrustedPath::follow(const FileDescriptor& link, std::string& path)
+{
+    if (isOnProc(link)) {
+        if (path.empty()) {
+            lastLinkFlag_ = 0;
+            return 0;
         }
-        const std::string target = targetOf(found);
+        directory_ = openPlace(O_DIRECTORY);
+    } else {
+        const std::string target = targetOf(link);
         if (target.empty()) return errno;
         if (target.starts_with('/')) directory_ = startOf(target);
         path.insert(0, target);
     }
-    return errno;
+    return directory_.isOpen() ? 0 : errno;
+}
+
+FileDescriptor TrustedPath::openPlace(int flags) const
+{
+    return FileDescriptor(openat(directory_.get(), name_.c_str(), kPlace | flags));
+}
+
+/// Whoever owns the root directory is as good as root: in a user namespace, where
+/// root may have no number (nor have others, who pass then, too).
+bool TrustedPath::isTrusted(uid_t owner) const
+{
+    struct stat root {};
+    if (owner == 0 || owner == geteuid() || owner == alsoTrusted_) return true;
+    return stat("/", &root) == 0 && owner == root.st_uid;
 }
 
 bool TrustedPath::isFound() const

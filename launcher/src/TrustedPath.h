@@ -20,9 +20,11 @@ public:
     /// What becomes of a link at the very end of the path.
     enum class LastLink { Follow, Keep };
 
-    /// Walks `path` (UTF-8). Never throws: without a way the object has an error,
-    /// ELOOP at a stranger's link, which its operations give.
-    explicit TrustedPath(const std::string& path, LastLink lastLink = LastLink::Follow);
+    /// Walks `path` (UTF-8). Without a way the object has an error, ELOOP at a
+    /// stranger's link, which its operations give. `alsoTrusted` is another user whose
+    /// links count.
+    explicit TrustedPath(const std::string& path, LastLink lastLink = LastLink::Follow,
+                         uid_t alsoTrusted = 0);
 
     /// As open(2), but no link is followed any more, and a pipe, or a terminal, is
     /// not waited for nor taken over: a pipe that nobody reads fails with ENXIO,
@@ -32,16 +34,20 @@ public:
     /// As mkdir(2), unlink(2): 0, or -1 with errno.
     [[nodiscard]] int makeDirectory() const;
     [[nodiscard]] int unlink() const;
-    /// As renameat2(2) with `flags`, to another name in the same directory.
-    [[nodiscard]] int rename(const std::string& newName, unsigned flags) const;
+    /// As rename(2), to a name in the same directory that no file has: else EEXIST.
+    [[nodiscard]] int renameToFree(const std::string& newName) const;
 
 private:
     [[nodiscard]] int walk(std::string path, LastLink lastLink);
+    [[nodiscard]] int follow(const FileDescriptor& link, std::string& path);
+    [[nodiscard]] FileDescriptor openPlace(int flags) const;
+    [[nodiscard]] bool isTrusted(uid_t owner) const;
     [[nodiscard]] bool isFound() const;
 
-    FileDescriptor directory_;  ///< see O_PATH in open(2)
-    std::string name_;          ///< in it, without a slash
-    int lastLinkFlag_ = O_NOFOLLOW;
+    FileDescriptor directory_;       ///< see O_PATH in open(2)
+    std::string name_;               ///< in it, without a slash
+    int lastLinkFlag_ = O_NOFOLLOW;  ///< 0 for a link of /proc, which leads to a file itself
+    uid_t alsoTrusted_;
     int error_;
 };
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <linux/close_range.h>
+#include <poll.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <thread>
 
 #include "EndToEndTest.h"
 #include "FileDescriptor.h"
@@ -424,48 +426,70 @@ using PlantsE2eTest = EndToEndTest;
 TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
 {
     if (geteuid() != 0) GTEST_SKIP() << "needs the rights of root";
-    constexpr uid_t kStranger = 65534;
-    std::filesystem::create_directory(dir / "place");
-    const auto plant = [this](const std::string& target, uid_t owner) {
-        std::filesystem::remove(dir / "link");
-        std::filesystem::create_symlink(target, dir / "link");
-        ASSERT_EQ(lchown((dir / "link").c_str(), owner, 0), 0);
+    constexpr uid_t kUser = 65534;
+    std::filesystem::create_directory(dir / "plants");
+    const auto setUp = [this](const std::string& target, uid_t owner) {
+        std::filesystem::remove_all(dir / "place");
+        std::filesystem::create_directory(dir / "place");
+        std::filesystem::permissions(dir / "place", std::filesystem::perms::all);
+        const std::string link = dir / "plants/link";
+        std::filesystem::remove(link);
+        std::filesystem::create_symlink("../" + target, link);
+        ASSERT_EQ(lchown(link.c_str(), owner, 0), 0);
     };
     // A command, its status where it works, and where it must not.
-    const std::string start = "start --jvmdll x --jclasspath x --pidfile=link";
+    const std::string start = "start --jvmdll x --jclasspath x --pidfile=plants/link";
     std::vector<std::tuple<std::string, int, int>> cases{{start, 2, 3}, {start + "/file", 2, 3}};
     for (const std::string option : {"clog", "cout", "cerr", "cstd"}) {
         for (const std::string path : {"link", "link/file", "link/sub/file"}) {
-            cases.emplace_back("stop --pid 999999999 --" + option + "=" + path, 11, 1);
+            cases.emplace_back("stop --pid 999999999 --" + option + "=plants/" + path, 11, 1);
         }
     }
+    std::filesystem::permissions(dir.path(), std::filesystem::perms::all);
     for (const auto& [command, works, refused] : cases) {
-        for (const uid_t owner : {kStranger, uid_t{0}}) {
-            plant(command.ends_with("link") ? "place/file" : "place", owner);
-            const LauncherResult result = launcher(command).run();
-            EXPECT_EQ(result.status, owner == 0 ? works : refused) << command;
+        for (const auto& [owner, user] :
+             {std::pair(kUser, 0U), {0U, 0U}, {1U, kUser}, {kUser, kUser}}) {
+            setUp(command.ends_with("link") ? "place/file" : "place", owner);
+            const auto become = [id = user] { require(setuid(id) == 0); };
+            const LauncherResult result = launcher(command).before(become).run();
+            const bool isAllowed = owner == user;
+            EXPECT_EQ(result.status, isAllowed ? works : refused) << command;
             const std::string told = result.out + result.err;
             const bool isRefused = told.find("(40) Too many levels of symb") != told.npos;
             const bool isUntouched = std::filesystem::is_empty(dir / "place");
-            EXPECT_TRUE(owner == 0 ? !isRefused : isRefused && isUntouched) << command << told;
-            std::filesystem::remove_all(dir / "place");
-            std::filesystem::create_directory(dir / "place");
+            EXPECT_TRUE(isAllowed ? !isRefused : isRefused && isUntouched) << command << told;
         }
     }
+    EXPECT_EQ(launcher("stop --pid 999999999 --cout=/proc/self/fd/1").run().status, 11);
+    EXPECT_EQ(launcher("stop --pid 999999999 --clog=/proc/self/cwd/log").run().status, 11);
 }
 
-TEST_F(PlantsE2eTest, APipeWorksAsLongAsSomebodyReadsIt)
+TEST_F(PlantsE2eTest, APipeWorksIfSomebodyReadsIt)
 {
-    ASSERT_EQ(mkfifo((dir / "pipe").c_str(), 0600), 0);
+    const std::string pipe = dir / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (const std::string option : {"--clog", "--cout", "--cerr", "--cstd"}) {
         const LauncherRun stop = launcher("stop --pid 999999999 " + option + " pipe");
         const LauncherResult unread = stop.run();
         EXPECT_EQ(unread.status, 1) << option;
         EXPECT_TRUE(unread.out.find(" not accessible") != unread.out.npos) << unread.out;
-        const FileDescriptor reader(open((dir / "pipe").c_str(), O_RDONLY | O_NONBLOCK));
+
+        const FileDescriptor reader(open(pipe.c_str(), O_RDONLY | O_NONBLOCK));
+        std::string text(8192, ' ');
+        std::jthread copy([&] {  // until the first end of what comes, as cat(1)
+            pollfd event{reader.get(), POLLIN, 0};
+            std::size_t size = 0;
+            for (ssize_t more = 1; more > 0 && poll(&event, 1, -1) == 1;
+                 size += static_cast<std::size_t>(more)) {
+                more = read(reader.get(), text.data() + size, text.size() - size);
+            }
+            text.resize(size);
+        });
         EXPECT_EQ(stop.run().status, 11) << option;
-        char first = 0;
-        EXPECT_EQ(read(reader.get(), &first, 1), option == "--cout" ? 0 : 1) << option;
+        copy.join();
+        EXPECT_EQ(text.ends_with("exitCode=11\n"), option == "--clog") << text;
+        EXPECT_EQ(text.ends_with("nothing was stopped\n"),
+                  option == "--cerr" || option == "--cstd");
     }
 }
 

@@ -210,38 +210,47 @@ TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
 TEST_F(StopRequestClientTest, RootTrustsAPidFileNoFurtherThanItsOwner)
 {
     if (geteuid() != 0) GTEST_SKIP() << "needs the rights of root";
-    constexpr uid_t kUser = 65534;
-    const std::tuple<uid_t, mode_t, uid_t, bool> cases[] = {
-        // File, its mode, process
-        {0, 0644, 0, true},          {0, 0644, kUser, true},  {kUser, 0600, kUser, true},
-        {kUser, 0644, 0, false},     {kUser, 0644, 1, false}, {0, 0664, 0, false},
-        {kUser, 0646, kUser, false},
+    constexpr uid_t kUser = 65534, kNoLink = 1;
+    const std::tuple<uid_t, mode_t, uid_t, uid_t, bool> cases[] = {
+        // File, its mode, a link to it, process
+        {0, 0644, kNoLink, 0, true},          {0, 0644, kNoLink, kUser, true},
+        {kUser, 0600, kNoLink, kUser, true},  {kUser, 0644, kNoLink, 0, false},
+        {kUser, 0644, kNoLink, 2, false},     {0, 0664, kNoLink, 0, false},
+        {kUser, 0646, kNoLink, kUser, false}, {0, 0644, 0, 0, true},
+        {0, 0644, kUser, 0, false},           {kUser, 0644, kUser, kUser, true},
+        {kUser, 0644, 2, kUser, false},
     };
-    const auto stopNamed = [this](const Stranger& process, const char* file) {
-        return stop(LinuxStopRequestClient(process.pid()), Timeout(0), dir_.wide(file));
+    const auto stopNamed = [this](std::int32_t pid) {
+        const std::wstring result =
+            stop(LinuxStopRequestClient(pid), Timeout(0), dir_.wide("link"));
+        return result.substr(0, result.find(L' ', 4));
     };
-    const auto refusalOf = [](const Stranger& process) {
-        return L"12 Launcher is not permitted to stop process with PID=" +
-               std::to_wstring(process.pid()) + L"\n";
-    };
-    for (const auto& [owner, mode, user, isTrusted] : cases) {
+    for (const auto& [owner, mode, linkOwner, user, isTrusted] : cases) {
         const Stranger process("/bin/sleep", user);
         const std::string file = dir_.write("pid", std::to_string(process.pid()));
+        const std::string link = dir_ / "link";
         ASSERT_TRUE(chown(file.c_str(), owner, 0) == 0 && chmod(file.c_str(), mode) == 0);
-        EXPECT_EQ(stopNamed(process, "pid") != refusalOf(process), isTrusted)
-            << owner << " " << std::oct << mode << " " << user;
-        EXPECT_EQ(log_.lines().back().starts_with(L"WARN StopRequestClient.stop: PID file does not "
-                                                  L"count pidFilePath="),
-                  !isTrusted);
-        EXPECT_EQ(std::filesystem::exists(file), !isTrusted);  // else it went with the process
+        if (linkOwner == kNoLink) {
+            std::filesystem::rename(file, link);
+        } else {
+            ASSERT_TRUE(symlink("pid", link.c_str()) == 0 &&
+                        lchown(link.c_str(), linkOwner, 0) == 0);
+        }
+        const std::wstring outcome = stopNamed(process.pid());
+        EXPECT_EQ(outcome, isTrusted ? L"0 Launcher" : L"12 Launcher")
+            << owner << " " << std::oct << mode << " " << linkOwner << " " << user;
+        const std::wstring warning = L"WARN StopRequestClient.stop: PID file does not count ";
+        EXPECT_EQ(log_.lines().back().starts_with(warning), !isTrusted);
+        EXPECT_EQ(std::filesystem::exists(link), !isTrusted);  // else what it was went, too
+        std::filesystem::remove(link);
+        std::filesystem::remove(file);
     }
     const Stranger process("/bin/sleep");
-    dir_.write("pid", std::to_string(process.pid()));
-    ASSERT_TRUE(symlink("pid", (dir_ / "link").c_str()) == 0);
-    ASSERT_TRUE(lchown((dir_ / "link").c_str(), kUser, 0) == 0);
-    EXPECT_EQ(stopNamed(process, "link"), refusalOf(process));
-    dir_.write("pid", "1");
-    EXPECT_EQ(stopNamed(process, "pid"), refusalOf(process));
+    dir_.write("link", "1");
+    EXPECT_EQ(stopNamed(process.pid()), L"12 Launcher");  // read before, and changed meanwhile
+    const std::string file = dir_.write("link", "999999999");
+    ASSERT_EQ(chown(file.c_str(), kUser, 0), 0);
+    EXPECT_EQ(stopNamed(999999999), L"11 Launcher");
 }
 
 TEST_F(StopRequestClientTest, AStartIsRefusedWhereThePidFileCannotBeDeleted)
