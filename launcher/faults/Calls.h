@@ -44,6 +44,7 @@ inline constexpr Call kCalls[] = {
     {"access", {EACCES, EIO}},
     {"stat", {EACCES, ELOOP, ENOMEM, ENOTDIR, EIO}},
     {"lstat", {EACCES, ENOENT, EIO, ENOMEM}},
+    {"fstatat", {EACCES, ENOENT, EIO, ENOMEM}},
     {"fstat", {EOVERFLOW, ENOMEM, EIO}},
     {"fchown", {EPERM, EIO, EROFS}},
     {"fchmod", {EPERM, EIO, EROFS}},
