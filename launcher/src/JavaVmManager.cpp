@@ -296,8 +296,12 @@ std::future<void> JavaVmManager::stop(const std::vector<std::wstring>& arguments
     }
     if (stopCaller_) throw LauncherException(L"Illegal Daemon state: stop() called twice");
     stopCaller_ = newStopCaller(arguments, completion, fast);
-    startCaller_->waitForCall();  // a stop before the start would be lost on most services
     return stopCaller_->start();
+}
+
+void JavaVmManager::waitForStartCall() const
+{
+    if (startCaller_) startCaller_->waitForCall();
 }
 
 bool JavaVmManager::hasStopMethod(const std::vector<std::wstring>& arguments, bool fast) const

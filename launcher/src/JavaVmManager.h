@@ -47,12 +47,15 @@ public:
         const std::map<std::wstring, std::wstring>& pathProperties,
         const std::map<std::wstring, bool>& booleanProperties, Completion completion);
 
-    /// Runs "stopFast" or "stop" on "launcher-stop-thread", as soon as the start method
-    /// is being called or has failed before. A future that is
+    /// Runs "stopFast" or "stop" on "launcher-stop-thread". A future that is
     /// ready already when nothing was started. Throws LauncherException
     /// "Illegal Daemon state: stop() called twice" (21), and as start().
     [[nodiscard]] std::future<void> stop(const std::vector<std::wstring>& arguments,
                                          Completion completion, bool fast);
+
+    /// Waits until the start method has been called, some milliseconds ago, or has failed
+    /// before that: many services lose a stop that overtakes it.
+    void waitForStartCall() const;
 
     /// True when stop() would find its method.
     [[nodiscard]] bool hasStopMethod(const std::vector<std::wstring>& arguments, bool fast) const;

@@ -2,8 +2,8 @@
 // threads with a signal other than SIGUSR2, which is the launcher's fast stop.
 // HotSpot reads _JAVA_SR_SIGNUM while a JVM is created; outside of that the
 // variable stays as the launcher found it, so that no child process of the
-// service inherits it. For the main thread, while no other thread may read
-// the environment.
+// service inherits it. For the main thread, while no other thread reads the
+// environment: that of StopSignalLog does not.
 #pragma once
 
 #include <optional>

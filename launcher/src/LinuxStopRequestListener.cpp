@@ -45,16 +45,13 @@ void installHandlers()
 
 /// Keeps all signals but the stop signals off the calling thread for a scope,
 /// so that other threads take them: a foreign handler without SA_RESTART would
-/// end the wait. Faults of the thread itself cannot be kept off.
+/// end the wait.
 class OnlyStopSignals final {
 public:
     OnlyStopSignals()
     {
-        sigset_t others;
-        sigfillset(&others);
+        sigset_t others = allSignalsButFaults();
         for (const int open : kStopSignals) sigdelset(&others, open);
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP})
-            sigdelset(&others, fault);
         pthread_sigmask(SIG_BLOCK, &others, &before_);
     }
     ~OnlyStopSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }

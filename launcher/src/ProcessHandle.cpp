@@ -74,8 +74,7 @@ bool ProcessHandle::isUsable() const
 {
     if (!descriptor_.isOpen()) return false;
     const int error = sendSignal(0);
-    const bool isForbidden = error == EPERM && kill(pid_, 0) != 0 && errno == EPERM;
-    return error == 0 || error == ESRCH || isForbidden;
+    return error == 0 || error == ESRCH || (error == EPERM && kill(pid_, 0) != 0);
 }
 
 int ProcessHandle::send(int signal, bool queued) const

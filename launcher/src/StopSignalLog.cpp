@@ -15,6 +15,7 @@
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "StopSignals.h"
 
 namespace {
 
@@ -61,13 +62,12 @@ void writeCounts()
     }
 }
 
-/// Starts `body` on a thread that inherits a mask of all signals.
+/// Starts `body` on a thread that takes no signals.
 template <typename Body>
 std::thread startWithoutSignals(Body body)
 {
-    sigset_t all;
+    const sigset_t all = allSignalsButFaults();
     sigset_t before;
-    sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
         std::thread thread(body);

@@ -8,6 +8,14 @@ sigset_t stopSignalSet()
     return set;
 }
 
+sigset_t allSignalsButFaults()
+{
+    sigset_t set;
+    sigfillset(&set);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP}) sigdelset(&set, fault);
+    return set;
+}
+
 InterruptHold::~InterruptHold()
 {
     if (held_) sigaction(SIGINT, &interruptBefore_, nullptr);

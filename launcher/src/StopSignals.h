@@ -11,10 +11,15 @@ inline constexpr std::array kStopSignals{SIGUSR1, SIGUSR2, SIGINT};
 /// All of them, for a mask.
 [[nodiscard]] sigset_t stopSignalSet();
 
+/// All signals, for a mask, but those of a fault of the thread itself, which cannot be
+/// kept off: blocked, they end the process without a word of the JVM's.
+[[nodiscard]] sigset_t allSignalsButFaults();
+
 /// Keeps SIGINT pending from hold() to deliver(), while the JVM is created: HotSpot
 /// takes it for itself unless it is ignored, and what is ignored stays pending only
-/// where it is blocked. The threads that the JVM makes meanwhile inherit the mask, and
-/// so may processes of theirs: no other signal is blocked. For the main thread.
+/// where it is blocked. Processes that are started meanwhile ignore it for good, and the
+/// threads that the JVM makes meanwhile inherit the mask: no other signal is blocked.
+/// For the main thread.
 class InterruptHold final {
 public:
     InterruptHold() = default;

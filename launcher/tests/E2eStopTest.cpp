@@ -88,6 +88,12 @@ TEST_P(StopE2eTest, AStopDuringTheStartIsNeitherDeadlyNorLost)
             }
             expectEndAfter(signal, launcher, 0);
             EXPECT_FALSE(exists("service.pid"));
+
+            const LauncherProcess failing =
+                service("stop=report", "service.Service$NoStart").start();
+            EXPECT_TRUE(waitUntil([&] { return savedPid() == failing.pid; }));
+            expectEndAfter(signal, failing, 8);
+            EXPECT_FALSE(exists("stop.report"));
         }
     }
 }

@@ -157,6 +157,9 @@ TEST_F(InterruptHoldTest, KeepsOnlyInterruptsPendingUntilTheyAreDelivered)
     pthread_sigmask(SIG_BLOCK, &all, nullptr);  // as a parent may have left it
     InterruptHold hold;
     hold.hold();
+    struct sigaction held {};
+    sigaction(SIGINT, nullptr, &held);
+    EXPECT_EQ(held.sa_handler, SIG_IGN);  // which HotSpot looks for
     kill(getpid(), SIGINT);
     raise(SIGUSR2);
     EXPECT_EQ(listener->waitForEvent(), kFastStop);

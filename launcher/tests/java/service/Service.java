@@ -52,6 +52,12 @@ public final class Service {
         }
     }
 
+    public static final class NoStart {
+        public static void stop(String[] args) throws Exception {
+            run("stop", Map.of(), args);
+        }
+    }
+
     public static final class NoInitialiser {
         static final int NOTHING = Integer.parseInt("no number");
     }
