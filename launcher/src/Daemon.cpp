@@ -250,7 +250,7 @@ Daemon::Outcome Daemon::serveStopEvents(IService& service, ICancellableWait& lis
         const bool fast = event == kFastStop;
         logInfo({kClass, L"run"}, L"Got an event.", L"stopType",
                 fast ? L"stop fast" : L"simple stop");
-        javaVmManager_->waitForStartCall();
+        if (!isStartMethodFinished()) javaVmManager_->waitForStartCall();
         if (isStartMethodFinished()) return outcome;
         if (service.isDaemon()) outcome.exitBase = fast ? kFastStopBase : kSimpleStopBase;
         if (javaVmManager_->hasStopMethod(parameters_->getMainClassArguments(), fast)) {

@@ -14,11 +14,11 @@
 class LinuxFileLogger final : public ILogger {
 public:
     /// Renames an older file at `path` to the next free number, "path.1" on,
-    /// and opens a fresh one; root leaves that to the user of the older one, with its
-    /// group and mode, where no stranger can have planted it. A device or pipe stays where it is,
-    /// and so does a directory, which is then refused. `pid` goes into every record. Throws
-    /// LauncherException IDS_FILE_CREATION_ERROR or IDS_CANNOT_ROTATE_LOG
-    /// (code 10).
+    /// and makes a fresh one; root leaves that to the user of the older one, with its
+    /// group and the same rights to read, where no stranger can have planted it. A
+    /// device or pipe stays where it is, and so does a directory, which is then
+    /// refused. `pid` goes into every record. Throws LauncherException IDS_FILE_CREATION_ERROR or
+    /// IDS_CANNOT_ROTATE_LOG (code 10).
     LinuxFileLogger(const std::wstring& path, std::int32_t pid);
     ~LinuxFileLogger() override;
     LinuxFileLogger(const LinuxFileLogger&) = delete;
