@@ -25,11 +25,13 @@ if(LAUNCHER_HARDENING)
 endif()
 
 if(LAUNCHER_STATIC_RUNTIME)
-    # Two libraries fewer to find, map and relocate, and no need for them where
-    # the launcher runs; what it does not use of them is left out.
+    # A library fewer to find, map and relocate, and no need for it where the
+    # launcher runs; what it does not use of it is left out. libgcc, which every
+    # machine has, stays apart: linked in, it would ask for the C library of
+    # the compiler's own age (_dl_find_object, glibc 2.35).
     target_compile_options(launcher_options INTERFACE -ffunction-sections -fdata-sections)
     target_link_options(launcher_options INTERFACE
-        -static-libstdc++ -static-libgcc -Wl,--gc-sections)
+        -static-libstdc++ -Wl,--gc-sections)
 endif()
 
 if(LAUNCHER_SANITIZE)
