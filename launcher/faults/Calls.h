@@ -94,6 +94,8 @@ inline constexpr Call kCalls[] = {
     {"pthread_attr_init", {ENOMEM}, 0, Way::Code},
     {"pthread_attr_setstacksize", {EINVAL}, 0, Way::Code},
     {"setenv", {ENOMEM}},
+    {"socket", {EMFILE, EACCES, ENFILE, ENOMEM}},
+    {"sendto", {ECONNREFUSED, EACCES, EAGAIN, EINTR, ENOENT, ENOMEM}},
     {"pidfd_open", {ENOSYS, EMFILE, ENFILE, ENODEV, ENOMEM, EPERM}},
     {"pidfd_send_signal", {EPERM}},
     // Libraries

@@ -62,7 +62,9 @@ LauncherRun startFake(const ScopedTempDir& dir, const std::string& args)
 {
     const std::string path = dir.path();
     LauncherRun run = start(dir, FAKE_JVM, "--jvmopt -Xmx99m --cout out.txt --cerr err.txt");
-    run.env("JVM_OPTS", "--jvmopt -Dx=1").args("--instance " + path);
+    run.env("JVM_OPTS", "--jvmopt -Dx=1")
+        .env("NOTIFY_SOCKET", "@nobody")
+        .args("--instance " + path);
     return run.args("--workdir " + path + "/new/place " + args);
 }
 

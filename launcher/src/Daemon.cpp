@@ -34,6 +34,9 @@ constexpr std::uint32_t kWaitHintMillis = 30'000;
 constexpr std::uint32_t kSimpleStopBase = 100;
 constexpr std::uint32_t kFastStopBase = 200;
 
+// A start method that fails does so at once, as a rule: no settings, a port in use.
+constexpr std::chrono::milliseconds kFirstMoments{500};
+
 constexpr std::chrono::seconds kMethodPollStep{1};
 constexpr std::uint64_t kStopPollMillis = 100;
 constexpr int kStopPollsPerReport = 100;
@@ -134,6 +137,7 @@ int Daemon::run(IService& service)
 {
     logInfo({kClass, L"run"}, L"Start running service routine...");
     JavaVmManager::setExitCallback(onJvmExit);
+    service.reportStatus(L"Starting Java");
     service.reportStartPending(kWaitHintMillis);
     // From the PID file on anybody may ask for a stop.
     const std::shared_ptr<StopRequestListener> listener =
@@ -149,8 +153,10 @@ int Daemon::run(IService& service)
     Outcome outcome = serveStopEvents(service, *listener);
 
     logInfo({kClass, L"run"}, L"Wait for service.start() to finish.");
+    if (!isStartMethodFinished()) service.reportStatus(L"Waiting for start to return");
     waitForServiceStartMethodToFinish();
     leaveProcessToJvm();
+    service.reportStatus(L"Ending the JVM");
     logInfo({kClass, L"run"}, L"Service start method finished.");
     getLogger().flush();
     javaVmManager_->unload();
@@ -225,7 +231,7 @@ void Daemon::changeWorkingDirectoryIfNeeded() const
             L"path", workDir);
 }
 
-void Daemon::startJava(const IService& service)
+void Daemon::startJava(IService& service)
 {
     const std::map<std::wstring, bool> booleanProperties{
         {L"quiet", service.isDaemon() || parameters_->isQuiet()},
@@ -234,15 +240,36 @@ void Daemon::startJava(const IService& service)
     const std::map<std::wstring, std::wstring> pathProperties{
         {L"instance.root", parameters_->getInstanceRoot()},
     };
+    const std::wstring running = L"Running " + parameters_->getMainClass();
+    // One that tells itself when it is ready may also tell its status from then on.
+    if (!service.isAwaited()) service.reportStatus(running);
     startMethod_ = javaVmManager_->start(parameters_->getMainClassArguments(), pathProperties,
                                          booleanProperties, onStartMethodEnd);
     startMethodRuns_.store(true, std::memory_order_release);
+    if (service.isAwaited()) {
+        if (!outlivesFirstMoments()) return;
+        service.reportStatus(running);
+    }
+    service.reportRunning();
+}
+
+bool Daemon::outlivesFirstMoments() const
+{
+    javaVmManager_->waitForStartCall();
+    startMethod_.wait_for(kFirstMoments);
+    leaveProcessToJvm();
+    if (!isStartMethodFinished()) return true;
+    try {
+        startMethod_.get();
+        return true;
+    } catch (const LauncherException&) {
+        return false;  // told when the JVM has ended
+    }
 }
 
 Daemon::Outcome Daemon::serveStopEvents(IService& service, ICancellableWait& listener)
 {
     Outcome outcome;
-    service.reportRunning();
     for (;;) {
         const int event = listener.waitForEvent();
         leaveProcessToJvm();
@@ -257,6 +284,7 @@ Daemon::Outcome Daemon::serveStopEvents(IService& service, ICancellableWait& lis
             logInfo({kClass, L"run"}, L"Service start method is not finished yet. Spawning stop.",
                     L"stopType", fast ? L"fast stop" : L"simple stop");
             getLogger().flush();
+            service.reportStatus(fast ? L"Stopping (fast)" : L"Stopping (simple)");
             service.reportStopPending(kWaitHintMillis);
             outcome.stopMethod = callServiceStopMethodAndWaitForItsFinish(fast, outcome.exitBase);
             return outcome;

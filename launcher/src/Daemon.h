@@ -51,7 +51,10 @@ private:
     void savePidFile();
     void removePidFile() const noexcept;
     void changeWorkingDirectoryIfNeeded() const;
-    void startJava(const IService& service);
+    void startJava(IService& service);
+    /// Waits until the start method has been called and has run for a moment, or has
+    /// ended; false when it has failed.
+    [[nodiscard]] bool outlivesFirstMoments() const;
     [[nodiscard]] Outcome serveStopEvents(IService& service, ICancellableWait& listener);
     [[nodiscard]] bool isStartMethodFinished() const;
     void waitForServiceStartMethodToFinish() const;

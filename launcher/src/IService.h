@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 class IService {
 public:
@@ -17,4 +18,8 @@ public:
     /// The PID file is there, or there will be none: lets whoever has run a
     /// detached launcher go on.
     virtual void releaseCaller() {}
+    /// What the process is at, for whoever watches the service: a line in English.
+    virtual void reportStatus(const std::wstring& /*status*/) {}
+    /// True when somebody goes on as soon as reportRunning() is called.
+    [[nodiscard]] virtual bool isAwaited() const { return false; }
 };

@@ -1,13 +1,17 @@
 #include "LinuxService.h"
 
+#include <algorithm>
+
 #include "IConsole.h"
 #include "IOsUtilsFactory.h"
+#include "IProcessUtils.h"
 #include "IServiceObject.h"
 #include "ISystemUtils.h"
 #include "LauncherException.h"
 #include "Log.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "TextConversion.h"
 
 namespace {
 
@@ -19,6 +23,18 @@ void tellOnStandardError(const std::wstring& text)
 {
     std::wstring none;
     getOsUtilsFactory().createConsole({}, {}, none)->writeErrorLine(text);
+}
+
+/// Detached, we are not the process that the service manager has started.
+std::string mainProcess()
+{
+    const std::int32_t id = getOsUtilsFactory().getProcessUtils().getCurrentProcessId();
+    return "MAINPID=" + std::to_string(id);
+}
+
+std::string extendedTimeout(std::uint32_t millis)
+{
+    return "EXTEND_TIMEOUT_USEC=" + std::to_string(std::uint64_t{millis} * 1000);
 }
 
 }  // namespace
@@ -47,19 +63,33 @@ int LinuxService::init()
     return service->start();
 }
 
-void LinuxService::reportStartPending(std::uint32_t) {}
+void LinuxService::reportStartPending(std::uint32_t waitHintMs)
+{
+    serviceManager_.tell(mainProcess() + "\n" + extendedTimeout(waitHintMs));
+}
 
 void LinuxService::reportRunning()
 {
     int created = kCreated;
     state_.compare_exchange_strong(created, kRunning, std::memory_order_acq_rel);
+    if (isAwaited()) serviceManager_.tell("READY=1\n" + mainProcess());
 }
 
-void LinuxService::reportStopPending(std::uint32_t) {}
+void LinuxService::reportStopPending(std::uint32_t waitHintMs)
+{
+    serviceManager_.tell("STOPPING=1\n" + extendedTimeout(waitHintMs));
+}
 
 void LinuxService::reportStopped()
 {
-    state_.store(kStopped, std::memory_order_release);
+    if (state_.exchange(kStopped, std::memory_order_acq_rel) != kStopped) reportStatus(L"Stopped");
+}
+
+void LinuxService::reportStatus(const std::wstring& status)
+{
+    std::string line = toUtf8(status);
+    std::replace(line.begin(), line.end(), '\n', ' ');  // a class may be called so
+    serviceManager_.tell("STATUS=" + line);
 }
 
 int LinuxService::start()
@@ -119,6 +149,8 @@ int LinuxService::runServiceObject()
         logInfo({kClass, L"start"}, L"start finished");
         return result;
     } catch (const LauncherException& e) {
+        reportStatus(L"Failed with exit code " +
+                     toWString(static_cast<unsigned long>(e.exitCode())));
         if (isDaemon_) {
             serviceObject_.exceptionHandler(e);
             reportStopped();

@@ -1,12 +1,14 @@
 // LinuxService: runs one service object in this process, detached from the
-// terminal if asked to. start() is for the main thread, once; stop() may come
-// from another one.
+// terminal if asked to, and passes its reports on to the service manager, where
+// there is one. start() is for the main thread, once; stop() and the reports may
+// come from others.
 #pragma once
 
 #include <atomic>
 
 #include "Detachment.h"
 #include "IService.h"
+#include "ServiceManager.h"
 
 class IServiceObject;
 
@@ -33,6 +35,8 @@ public:
     ~LinuxService() override;
     [[nodiscard]] bool isDaemon() const override { return isDaemon_; }
     void releaseCaller() override { detachment_.release(); }
+    void reportStatus(const std::wstring& status) override;
+    [[nodiscard]] bool isAwaited() const override { return serviceManager_.awaitsReadiness(); }
 
     /// Runs the service object to its end and gives its result; 21 when it was
     /// started before, 20 when the process cannot be detached. A
@@ -50,4 +54,5 @@ private:
     std::atomic<int> state_{kCreated};
     bool isDaemon_;
     Detachment detachment_;
+    ServiceManager serviceManager_;
 };
