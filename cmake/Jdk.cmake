@@ -1,6 +1,7 @@
-# The JDK that gives jni.h and compiles the Java classes of the tests.
-# The launcher itself links nothing of it.
-find_package(Java 17 REQUIRED COMPONENTS Development)
+# The JDK that gives jni.h and compiles the Java classes, ours and those of the
+# tests; from 17.0.3 on, whose jar can set the time of the entries. The launcher
+# itself links nothing of it.
+find_package(Java 17.0.3 REQUIRED COMPONENTS Development)
 file(REAL_PATH "${Java_JAVAC_EXECUTABLE}" LAUNCHER_JAVAC)
 cmake_path(GET LAUNCHER_JAVAC PARENT_PATH LAUNCHER_JDK_BIN)
 cmake_path(GET LAUNCHER_JDK_BIN PARENT_PATH LAUNCHER_JDK_HOME)

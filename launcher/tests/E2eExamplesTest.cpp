@@ -46,7 +46,7 @@ protected:
     [[nodiscard]] LauncherRun program(const std::string& arguments) const
     {
         LauncherRun run = launcher("start --quiet --cout out --clog launcher.log");
-        run.withJvm().args("--pidfile service.pid --jifaceclass adapter.MainAdapter");
+        run.withJvm().args("--pidfile service.pid --jifaceclass launcher.MainAdapter");
         run.args("--jclasspath " ADAPTER_JAR ":" PROGRAM_JAR " --jvmdll " + library);
         std::istringstream words(arguments);
         for (std::string word; words >> word;) run.args("--jifacearg " + word);
@@ -100,7 +100,7 @@ TEST_P(ExamplesE2eTest, TheAdapterRunsAProgramUntilItsThreadsHaveEnded)
 TEST_P(ExamplesE2eTest, TheAdapterEndsAProgramAsSigtermWould)
 {
     const LauncherProcess server =
-        installed("main-adapter", "8037", {ADAPTER_JAR, SAMPLE_JAR}).start();
+        installed("main-program", "8037", {ADAPTER_JAR, SAMPLE_JAR}).start();
     EXPECT_EQ(answerTo("", awaitNumber("Listening on port ")).find(':'), 2U);
     EXPECT_EQ(content("time.pid"), std::to_string(server.pid));
     expectEndAfter(SIGUSR1, server, 0);
@@ -120,7 +120,8 @@ TEST_P(ExamplesE2eTest, TheAdapterEndsAProgramAsSigtermWould)
 TEST_P(ExamplesE2eTest, AProgramThatMayBeInterruptedEndsInOrder)
 {
     LauncherRun run = program("program.Program wait 600000");
-    const LauncherProcess waiting = run.args("--jvmopt -Dadapter.interruptMillis=60000").start();
+    const LauncherProcess waiting =
+        run.args("--jvmopt -Dlauncher.adapter.interruptMillis=60000").start();
     EXPECT_EQ(awaitNumber("ready "), 600000);
     expectEndAfter(SIGUSR1, waiting, 0);
     EXPECT_EQ(content("out"), "ready 600000\nhook\n");
@@ -130,12 +131,12 @@ TEST_P(ExamplesE2eTest, AProgramThatMayBeInterruptedEndsInOrder)
 TEST_P(ExamplesE2eTest, TheAdapterTellsWhyAProgramDoesNotRun)
 {
     const std::string failure =
-        "Java exception while invoking adapter/MainAdapter.start: java.lang.";
+        "Java exception while invoking launcher/MainAdapter.start: java.lang.";
     const std::pair<std::string, std::string> cases[] = {
         {"program.Program throw 0", "IllegalStateException: thrown by main\n"},
         {"no.Such", "IllegalArgumentException: Main class no.Such is not on the class path\n"},
-        {"adapter.MainAdapter",
-         "IllegalArgumentException: Class adapter.MainAdapter has no method public static void "
+        {"launcher.MainAdapter",
+         "IllegalArgumentException: Class launcher.MainAdapter has no method public static void "
          "main(String[])\n"},
     };
     for (const auto& [arguments, message] : cases) {

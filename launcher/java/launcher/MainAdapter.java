@@ -1,4 +1,4 @@
-package adapter;
+package launcher;
 
 import java.io.InterruptedIOException;
 import java.lang.reflect.InvocationTargetException;
@@ -18,11 +18,11 @@ import java.util.concurrent.atomic.AtomicReference;
  * <p>As under {@code java}, the program lives until its main has returned and its other threads
  * have ended, daemon threads aside. To stop, it is asked by its own {@code public static void
  * stop(String[])}, if it has one. Otherwise it is ended by {@link System#exit}, as SIGTERM would
- * end it: its shutdown hooks run. With {@code -Dadapter.interruptMillis=N} the thread of its main is
- * interrupted before that, and the program has N milliseconds to end by itself.
+ * end it: its shutdown hooks run. With {@code -Dlauncher.adapter.interruptMillis=N} the thread of
+ * its main is interrupted before that, and the program has N milliseconds to end by itself.
  */
 public final class MainAdapter {
-    private static final String INTERRUPT = "adapter.interruptMillis";
+    private static final String INTERRUPT = "launcher.adapter.interruptMillis";
 
     /** The launcher's thread that calls the methods below start. */
     private static final String STOP_THREAD = "launcher-stop-thread";
@@ -43,8 +43,8 @@ public final class MainAdapter {
         if (args.length == 0) {
             throw new IllegalArgumentException("Expected the main class as the first argument");
         }
-        var before = Thread.getAllStackTraces().keySet();
-        var main = findMain(args[0]);
+        Set<Thread> before = Thread.getAllStackTraces().keySet();
+        Method main = findMain(args[0]);
         program = main.getDeclaringClass();
         try {
             callMain(main, withoutFirst(args));
@@ -60,7 +60,7 @@ public final class MainAdapter {
     /** Asks the program to end, or ends the process: see above. */
     public static void stop(String[] args) throws Throwable {
         if (callOwn("stop", args)) return;
-        var millis = Long.getLong(INTERRUPT, 0);
+        long millis = Long.getLong(INTERRUPT, 0);
         if (millis > 0 && interruptMain() && ENDED.await(millis, TimeUnit.MILLISECONDS)) return;
         System.exit(0);
     }
@@ -71,8 +71,8 @@ public final class MainAdapter {
     }
 
     private static void callMain(Method main, String[] args) throws Throwable {
-        var thrown = new AtomicReference<Throwable>();
-        var thread = new Thread(() -> {
+        AtomicReference<Throwable> thrown = new AtomicReference<>();
+        Thread thread = new Thread(() -> {
             try {
                 call(main, args);
             } catch (Throwable e) {
@@ -87,7 +87,7 @@ public final class MainAdapter {
 
     /** False when main does not run: nothing would notice. */
     private static boolean interruptMain() {
-        var thread = mainThread;
+        Thread thread = mainThread;
         if (thread == null || !thread.isAlive()) return false;
         interrupted = true;
         thread.interrupt();
@@ -96,7 +96,7 @@ public final class MainAdapter {
 
     private static boolean endedByInterrupt(Throwable thrown) {
         if (!interrupted) return false;
-        for (var e = thrown; e != null; e = e.getCause()) {
+        for (Throwable e = thrown; e != null; e = e.getCause()) {
             if (e instanceof InterruptedException || e instanceof ClosedByInterruptException
                     || e instanceof InterruptedIOException) {
                 return true;
@@ -106,8 +106,10 @@ public final class MainAdapter {
     }
 
     private static void awaitThreads(Set<Thread> before) throws InterruptedException {
-        for (var thread = programThread(before); thread != null; thread = programThread(before)) {
+        Thread thread = programThread(before);
+        while (thread != null) {
             thread.join();
+            thread = programThread(before);
         }
     }
 
@@ -121,8 +123,8 @@ public final class MainAdapter {
 
     private static Method findMain(String className) {
         try {
-            var found = Class.forName(className, false, ClassLoader.getSystemClassLoader());
-            var main = staticMethod(found, "main");
+            Class<?> found = Class.forName(className, false, ClassLoader.getSystemClassLoader());
+            Method main = staticMethod(found, "main");
             if (main != null) return main;
         } catch (ClassNotFoundException e) {
             throw new IllegalArgumentException(
@@ -134,7 +136,7 @@ public final class MainAdapter {
 
     /** Calls a method of the program; false when it has none of that name. */
     private static boolean callOwn(String name, String[] args) throws Throwable {
-        var method = program == null ? null : staticMethod(program, name);
+        Method method = program == null ? null : staticMethod(program, name);
         if (method == null) return false;
         call(method, withoutFirst(args));
         return true;
@@ -143,7 +145,7 @@ public final class MainAdapter {
     /** Null unless it is public, static, void and takes a String[]. */
     private static Method staticMethod(Class<?> type, String name) {
         try {
-            var method = type.getMethod(name, String[].class);
+            Method method = type.getMethod(name, String[].class);
             if (!Modifier.isStatic(method.getModifiers())) return null;
             return method.getReturnType() == void.class ? method : null;
         } catch (NoSuchMethodException e) {
@@ -152,7 +154,7 @@ public final class MainAdapter {
     }
 
     private static void call(Method method, String[] args) throws Throwable {
-        method.trySetAccessible(); // java does not ask for a public class either
+        method.setAccessible(true); // java does not ask for a public class either
         try {
             method.invoke(null, (Object) args);
         } catch (InvocationTargetException e) {
