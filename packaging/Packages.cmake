@@ -42,7 +42,8 @@ set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
 # The units keep the launcher's logs few without it, and it would bring cron and
 # a mail server along.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS logrotate)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${deb}/postinst" "${deb}/prerm" "${deb}/postrm")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
+    "${deb}/preinst" "${deb}/postinst" "${deb}/prerm" "${deb}/postrm")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 include(CPack)
