@@ -117,7 +117,7 @@ install_test_tools() {
         /usr/share/i18n/locales/ru_RU=locales \
         /usr/share/java/jetty9-server.jar=libjetty9-java \
         /usr/share/bash-completion/bash_completion=bash-completion \
-        groff=groff-base /usr/sbin/logrotate=logrotate mandoc=mandoc systemd-analyze=systemd zsh=zsh
+        groff=groff-base mandoc=mandoc zsh=zsh
     install_locale ru_RU.UTF-8 ru_RU UTF-8
     install_locale de_DE@euro de_DE@euro ISO-8859-15
 }
@@ -126,6 +126,11 @@ install_package_tools() {
     install_build_tools
     install_missing dpkg-shlibdeps=dpkg-dev file=file
     [[ ! -e $ROOT/.git ]] || install_missing git=git
+}
+
+install_machine_tools() {
+    install_build_tools
+    install_missing mmdebstrap=mmdebstrap systemd-nspawn=systemd-container pgrep=procps
 }
 
 # build PRESET [CMAKE_ARGUMENT...]

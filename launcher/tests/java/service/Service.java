@@ -83,6 +83,7 @@ public final class Service {
                 case "hook" -> Runtime.getRuntime().addShutdownHook(
                         new Thread(new FutureTask<>(() -> write("hook", ""))));
                 case "child" -> child();
+                case "notify" -> new ProcessBuilder("systemd-notify", "--ready").start().waitFor();
                 case "depth" -> write("depth", Long.toString(depth()));
                 case "sample" -> awaitSample();
                 default -> throw new IllegalArgumentException(step);
