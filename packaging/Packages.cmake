@@ -28,7 +28,7 @@ static method for its start and, to end in order, one for its stop.
 The launcher can detach from the terminal, redirects the output, keeps a PID
 file and a log of its own, and ends with a status that tells what happened.
 .
-The package brings systemd units that run the services of the machine as
+The package brings a systemd unit that runs the services of the machine as
 instances, each with a file of settings in /etc/launcher. None is enabled. The
 services need a Java runtime of version 17 or newer.")
 # What the binary needs is found out; the others make the user and the
@@ -39,7 +39,7 @@ string(JOIN ", " CPACK_DEBIAN_PACKAGE_DEPENDS
     "systemd | systemd-standalone-tmpfiles | systemd-tmpfiles")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "default-jre-headless (>= 2:1.17) | java17-runtime-headless")
-# The units keep the launcher's logs few without it, and it would bring cron and
+# The unit keeps the launcher's logs few without it, and it would bring cron and
 # a mail server along.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS logrotate)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
