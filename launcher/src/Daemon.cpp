@@ -137,12 +137,12 @@ int Daemon::run(IService& service)
 {
     logInfo({kClass, L"run"}, L"Start running service routine...");
     JavaVmManager::setExitCallback(onJvmExit);
-    service.reportStatus(L"Starting Java");
-    service.reportStartPending(kWaitHintMillis);
-    // From the PID file on anybody may ask for a stop.
+    // From the PID file on anybody may ask for a stop, and a service manager earlier.
     const std::shared_ptr<StopRequestListener> listener =
         createStopRequestListener(processUtils().getCurrentProcessId());
     interrupts_.hold();
+    service.reportStatus(L"Starting Java");
+    service.reportStartPending(kWaitHintMillis);
     savePidFile();
     service.releaseCaller();
     changeWorkingDirectoryIfNeeded();
@@ -257,6 +257,7 @@ bool Daemon::outlivesFirstMoments() const
 {
     javaVmManager_->waitForStartCall();
     startMethod_.wait_for(kFirstMoments);
+    javaVmManager_->waitForSafepoint();
     leaveProcessToJvm();
     if (!isStartMethodFinished()) return true;
     try {

@@ -1,4 +1,4 @@
-// FileDescriptor: sole owner of a descriptor, of a file or a process.
+// FileDescriptor: sole owner of a descriptor, of a file, a process or a socket.
 #pragma once
 
 #include <unistd.h>

@@ -20,6 +20,6 @@ public:
     virtual void releaseCaller() {}
     /// What the process is at, for whoever watches the service: a line in English.
     virtual void reportStatus(const std::wstring& /*status*/) {}
-    /// True when somebody goes on as soon as reportRunning() is called.
+    /// True when a service manager waits for reportRunning().
     [[nodiscard]] virtual bool isAwaited() const { return false; }
 };

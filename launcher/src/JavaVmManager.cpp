@@ -304,6 +304,12 @@ void JavaVmManager::waitForStartCall() const
     if (startCaller_) startCaller_->waitForCall();
 }
 
+void JavaVmManager::waitForSafepoint() const
+{
+    // HotSpot lets no thread into the JVM meanwhile, and each call of the JNI goes there.
+    static_cast<void>(JvmEnv::attachToExistingThread(jvm_)->ExceptionCheck());
+}
+
 bool JavaVmManager::hasStopMethod(const std::vector<std::wstring>& arguments, bool fast) const
 {
     return newStopCaller(arguments, nullptr, fast)->isTargetMethodExists();

@@ -57,6 +57,10 @@ public:
     /// before that: many services lose a stop that overtakes it.
     void waitForStartCall() const;
 
+    /// Waits while the JVM holds its threads up; for ever once it ends the process, which
+    /// it may do for some time before it calls the exit hook.
+    void waitForSafepoint() const;
+
     /// True when stop() would find its method.
     [[nodiscard]] bool hasStopMethod(const std::vector<std::wstring>& arguments, bool fast) const;
 

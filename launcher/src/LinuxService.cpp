@@ -88,7 +88,9 @@ void LinuxService::reportStopped()
 void LinuxService::reportStatus(const std::wstring& status)
 {
     std::string line = toUtf8(status);
-    std::replace(line.begin(), line.end(), '\n', ' ');  // a class may be called so
+    // The name of a class may hold anything.
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < ' '; }, ' ');
     serviceManager_.tell("STATUS=" + line);
 }
 
@@ -149,13 +151,13 @@ int LinuxService::runServiceObject()
         logInfo({kClass, L"start"}, L"start finished");
         return result;
     } catch (const LauncherException& e) {
-        reportStatus(L"Failed with exit code " +
-                     toWString(static_cast<unsigned long>(e.exitCode())));
         if (isDaemon_) {
             serviceObject_.exceptionHandler(e);
             reportStopped();
             logError({kClass, L"start"}, getMessage(IDS_STOPPED_HEADER), L"exception", e.message());
         }
+        reportStatus(L"Failed with exit code " +
+                     toWString(static_cast<unsigned long>(e.exitCode())));
         throw;
     }
 }

@@ -95,30 +95,46 @@ TEST_P(ServiceManagerE2eTest, DoesNotTakeAServiceForReadyThatIsNot)
 {
     Manager manager(dir / "socket");
     const LauncherProcess failing =
-        service("start=throw").env("NOTIFY_SOCKET", manager.address()).start();
+        service("start=sleep:200,throw").env("NOTIFY_SOCKET", manager.address()).start();
     EXPECT_EQ(failing.waitForExit().status, 8);
     EXPECT_EQ(manager.messages(),
               beginning(failing.pid) + ending + "STATUS=Failed with exit code 8;");
 
-    // One that has ended at once was ready.
-    Manager patient(dir / "patient");
-    EXPECT_EQ(service("start=ready").env("NOTIFY_SOCKET", patient.address()).run().status, 0);
-    EXPECT_NE(patient.messages().find("READY=1"), std::string::npos) << patient.messages();
+    Manager exits(dir / "exits");
+    const LauncherProcess exiting =
+        service("start=sleep:220,exit:3").env("NOTIFY_SOCKET", exits.address()).start();
+    EXPECT_EQ(exiting.waitForExit().status, 3);
+    EXPECT_EQ(exits.messages(), beginning(exiting.pid));
 
-    Manager waiter(dir / "waiter");
-    const LauncherProcess own = startReady(
-        service(waits).env("NOTIFY_SOCKET", waiter.address()).env("LAUNCHER_READY", "service"));
-    expectEndAfter(SIGUSR1, own, 0);
-    EXPECT_TRUE(waiter.messages().starts_with(beginning(own.pid) + running + stopping("simple")))
-        << waiter.messages();
+    Manager tells(dir / "tells");
+    const LauncherProcess telling = startReady(service("start=child,ready,wait stop=release")
+                                                   .env("NOTIFY_SOCKET", tells.address())
+                                                   .env("LAUNCHER_READY", "service"));
+    EXPECT_NE(content("child").find("NOTIFY_SOCKET=" + tells.address()), std::string::npos);
+    expectEndAfter(SIGUSR1, telling, 0);
+    const std::string expected = beginning(telling.pid) + running + stopping("simple");
+    EXPECT_TRUE(tells.messages().starts_with(expected)) << tells.messages();
+}
+
+TEST_P(ServiceManagerE2eTest, TakesAServiceForReadyThatHasEndedInOrder)
+{
+    Manager manager(dir / "socket");
+    const LauncherProcess launcher = service("start=")
+                                         .env("NOTIFY_SOCKET", manager.address())
+                                         .env("LAUNCHER_READY", "yes")
+                                         .start();
+    EXPECT_EQ(launcher.waitForExit().status, 0);
+    EXPECT_EQ(manager.messages(), beginning(launcher.pid) + ready(launcher.pid) + ending);
+    EXPECT_TRUE(log().holds("WARN Unknown value of LAUNCHER_READY value=yes, expected=service"));
 }
 
 TEST_P(ServiceManagerE2eTest, HarmsNobodyWhereItCannotBeTold)
 {
-    const std::string warning = "WARN The service manager cannot be told address=";
+    const std::string warning = "WARN Cannot notify the service manager address=";
     const std::pair<std::string, std::string> cases[] = {
         {dir / "gone", "(2) No such file or directory"},
         {"@" + std::string(108, 'a'), "(36) File name too long"},
+        {"/" + std::string(107, 'a'), "(36) File name too long"},
         {"vsock:2:1", "(22) Invalid argument"},
     };
     for (const auto& [address, error] : cases) {
