@@ -17,9 +17,9 @@ public:
     /// True when it is up to us to say that the service is ready.
     [[nodiscard]] bool awaitsReadiness() const { return awaitsReadiness_; }
 
-    /// Sends one message of lines such as "READY=1". Waits for 5 s at most, and
-    /// not at all after a message that could not be sent; the first such one is
-    /// logged as a warning.
+    /// Sends one message of lines such as "READY=1". Waits for 5 s at most, up to
+    /// 10 s where signals come in meanwhile, and not at all after a message that
+    /// could not be sent; the first such one is logged as a warning.
     void tell(const std::string& message);
 
 private:
