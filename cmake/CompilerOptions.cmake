@@ -37,6 +37,9 @@ endif()
 if(LAUNCHER_SANITIZE)
     target_compile_options(launcher_options INTERFACE
         -fsanitize=${LAUNCHER_SANITIZE} -fno-sanitize-recover=all)
+    # Types that two loaded libraries share are not the same ones to its check.
+    target_compile_options(launcher_options INTERFACE
+        $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
     # The sanitizers' own code misleads GCC here (its manual, "-fsanitize").
     target_compile_options(launcher_options INTERFACE
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)

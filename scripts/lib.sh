@@ -122,6 +122,10 @@ install_test_tools() {
     install_locale de_DE@euro de_DE@euro ISO-8859-15
 }
 
+install_clang() {
+    install_missing "clang++-$LLVM=clang-$LLVM" has_fuzzer_runtime="libclang-rt-$LLVM-dev"
+}
+
 install_package_tools() {
     install_build_tools
     install_missing dpkg-shlibdeps=dpkg-dev file=file
