@@ -47,7 +47,7 @@ TEST_F(LinuxFileUtilsTest, AnswersWhatIsThereTouchesItAndDeletesIt)
     EXPECT_EQ(readText("file"), "kept");
     EXPECT_FALSE(files_.fileExists(L"dangling"));
     EXPECT_EQ(errno, ENOENT);
-    EXPECT_TRUE(files_.fileExists(L"file") && files_.fileExists(L".") && files_.isDirectory(L"."));
+    EXPECT_TRUE(files_.fileExists(L"file") && files_.isDirectory(L"."));
     EXPECT_FALSE(files_.isDirectory(L"file") || files_.isDirectory(L"file/x"));
     EXPECT_EQ(raised([&] { files_.deleteFile(L"file/x"); }),
               L"20 Cannot delete file 'file/x'. Error: (20) Not a directory");
@@ -56,31 +56,18 @@ TEST_F(LinuxFileUtilsTest, AnswersWhatIsThereTouchesItAndDeletesIt)
     EXPECT_FALSE(files_.deleteFile(L"file"));
 }
 
-TEST_F(LinuxFileUtilsTest, ReadsAWholeFileOfTenMebibytesAtMost)
+TEST_F(LinuxFileUtilsTest, ReadsWholeFilesAndNamesTheOneThatItCannotUse)
 {
     dir_.write("file", std::string("a\0\xFF", 3));
+    fs::resize_file("file", 10'485'760);  // the most that it reads
     const std::shared_ptr<FileContent> content = files_.readFile(L"file");
-    EXPECT_EQ(std::string(content->data(), 7), std::string("a\0\xFF\0\0\0\0", 7));
-    fs::resize_file("file", 10'485'760);
-    EXPECT_EQ(files_.readFile(L"file")->size(), 10'485'760u);
-    fs::resize_file("file", 10'485'761);
-    EXPECT_EQ(raised([&] { return files_.readFile(L"file"); }), L"20 File 'file' is too big");
-}
-
-TEST_F(LinuxFileUtilsTest, NamesTheFileThatItCannotUse)
-{
-    dir_.write("short", std::string("\177ELF\2", 5) + std::string(10, '\0'));
+    EXPECT_EQ(std::string(content->data(), 4), std::string("a\0\xFF\0", 4));
+    EXPECT_EQ(content->size(), 10'485'760u);
     dir_.write("class3", std::string("\177ELF\3", 5) + std::string(11, '\0'));
-    EXPECT_EQ(raised([&] { return files_.getBinaryType(L"short"); }),
-              L"20 A library format is not ELF: 'short'");
     EXPECT_EQ(raised([&] { return files_.getBinaryType(L"class3"); }),
               L"20 Unknown binary type of library 'class3'");
-    EXPECT_EQ(raised([&] { return files_.readFile(L"."); }),
-              L"20 Cannot read file '.'. Error: (21) Is a directory");
     EXPECT_EQ(raised([&] { return files_.getAbsolutePath(L"no"); }),
               L"20 Unable to convert path to absolute 'no'. Error: (2) No such file or directory");
-    EXPECT_EQ(raised([&] { return files_.fileExists(L"file/x"); }),
-              L"20 Cannot read file 'file/x'. Error: (20) Not a directory");
     EXPECT_EQ(raised([&] { return files_.listFiles(L".\\", L"[*"); }),
               L"20 Cannot read file './[*'. Error: (22) Invalid argument");
     const std::wstring online = L"/sys/devices/system/cpu/online";

