@@ -1,5 +1,4 @@
 // Launchers that meet at a bad moment.
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -17,41 +16,22 @@ protected:
     }
 };
 
-/// Holds back launchers until all are there.
-class StartingGate final {
-public:
-    StartingGate() { EXPECT_EQ(pipe2(pipe_.data(), O_CLOEXEC), 0); }
-    ~StartingGate() { close(pipe_[0]); }
-    StartingGate(const StartingGate&) = delete;
-    StartingGate& operator=(const StartingGate&) = delete;
-
-    void open() { close(pipe_[1]); }
-    /// For the new process of a launcher.
-    void wait()
-    {
-        char nothing = 0;
-        close(pipe_[1]);
-        static_cast<void>(!read(pipe_[0], &nothing, 1));
-    }
-
-private:
-    std::array<int, 2> pipe_{};
-};
-
 TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
 {
     const std::string refused =
         "PID file exists and the process with PID referenced there is running\n";
     const std::string leftovers[] = {"none", "", "999999999", "no number"};
-    for (int round = 0; round < 100; ++round) {
-        std::filesystem::remove(dir / "go");
+    for (int round = 0; round < 40; ++round) {
+        for (const char* name : {"go", "options"}) std::filesystem::remove(dir / name);
         const std::string& leftover = leftovers[static_cast<std::size_t>(round) % 4];
         if (leftover != "none") dir.write("service.pid", leftover);
-        StartingGate gate;
-        LauncherRun run = service().args("--quiet");
-        run.env("FAKE_JVM_UNTIL", "go").before([&gate] { gate.wait(); });
+        LauncherRun run = service().args("--quiet").env("FAKE_JVM_UNTIL", "go");
+        run.before([] { raise(SIGSTOP); });
         const std::array starts{run.start(), run.start()};
-        gate.open();
+        for (const LauncherProcess& start : starts) {
+            waitid(P_PID, static_cast<id_t>(start.pid), nullptr, WSTOPPED);
+        }
+        for (const LauncherProcess& start : starts) kill(start.pid, SIGCONT);
 
         const pid_t loser = ChildProcesses::waitForAny();
         const auto& [first, second] = starts;
@@ -63,7 +43,6 @@ TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
         dir.write("go", "");
         EXPECT_EQ(winner.waitForExit().status, 4);
         EXPECT_FALSE(exists("service.pid"));
-        std::filesystem::remove(dir / "options");
     }
 }
 

@@ -14,10 +14,9 @@ class LinuxConsoleTest : public UnitTest {
 protected:
     /// In a process of its own, whose streams are the files "stdout" and
     /// "stderr": makes a console and writes to it. Gives the error text.
-    std::wstring run(const std::wstring& coutPath, const std::wstring& cerrPath)
+    [[nodiscard]] std::string run(const std::wstring& coutPath, const std::wstring& cerrPath) const
     {
-        const pid_t child = fork();
-        if (child == 0) {
+        if (fork() == 0) {
             static_cast<void>(std::freopen((dir_ / "stdout").c_str(), "w", stdout));
             static_cast<void>(std::freopen((dir_ / "stderr").c_str(), "w", stderr));
             std::fputs("before\n", stdout);
@@ -33,8 +32,8 @@ protected:
             if (cerrPath.empty()) std::fflush(stderr);
             _exit(0);
         }
-        EXPECT_EQ(waitpid(child, nullptr, 0), child);
-        return toWide(text("error"));
+        wait(nullptr);
+        return text("error");
     }
     [[nodiscard]] std::string text(const std::string& name) const { return readText(dir_ / name); }
 };
@@ -42,24 +41,25 @@ protected:
 TEST_F(LinuxConsoleTest, AppendsEachStreamToItsFile)
 {
     dir_.write("a", "old ");
-    EXPECT_EQ(run(dir_.wide("a"), dir_.wide("b")), L"");
+    EXPECT_EQ(run(dir_.wide("a"), dir_.wide("b")), "");
     EXPECT_EQ(text("a"), "old out вывод\n");
     EXPECT_EQ(text("b"), "err ошибка\n");
     EXPECT_EQ(text("stdout") + text("stderr"), "before\n");
     // Both to one file: in the order of writing.
-    EXPECT_EQ(run(dir_.wide("b"), dir_.wide("b")), L"");
-    EXPECT_EQ(text("b"), "err ошибка\nout err вывод\nошибка\n");
+    EXPECT_EQ(run(dir_.wide("a"), dir_.wide("a")), "");
+    EXPECT_EQ(text("a"), "old out вывод\nout err вывод\nошибка\n");
 }
 
 TEST_F(LinuxConsoleTest, TellsOfAFailedRedirectionAndKeepsTheStream)
 {
-    const std::wstring out = dir_.wide("none/a"), err = dir_.wide("none/b");
-    const std::wstring reason = L". Error: (2) No such file or directory";
-    EXPECT_EQ(run(out, L""), L"'--cout' destination '" + out + L"' is not accessible.");
+    const std::wstring place = dir_.wide("none/a");
+    const std::string bad = dir_ / "none/a", reason = ". Error: (2) No such file or directory";
+    EXPECT_EQ(run(place, L""), "'--cout' destination '" + bad + "' is not accessible.");
     EXPECT_EQ(text("stdout"), "before\nout вывод\n");
-    EXPECT_EQ(run(L"", err), L"'--cerr' destination '" + err + L"' is not accessible" + reason);
+    EXPECT_EQ(run(L"", place), "'--cerr' destination '" + bad + "' is not accessible" + reason);
     EXPECT_EQ(text("stderr"), "err ошибка\n");
-    EXPECT_EQ(run(out, out), L"--cout and --cerr destinations are not accessible: " + out + reason);
+    EXPECT_EQ(run(place, place),
+              "--cout and --cerr destinations are not accessible: " + bad + reason);
     EXPECT_EQ(text("stdout"), "before\nout err вывод\nошибка\n");
 }
 

@@ -9,12 +9,7 @@ namespace {
 
 class LinuxFileUtilsTest : public UnitTest {
 protected:
-    LinuxFileUtilsTest()
-    {
-        fs::current_path(dir_.path());
-        dir_.write("file", "kept");
-        fs::create_symlink("nowhere", "dangling");
-    }
+    LinuxFileUtilsTest() { fs::current_path(dir_.path()); }
     ~LinuxFileUtilsTest() override { fs::current_path("/"); }
 
     const LinuxFileUtils files_;
@@ -25,10 +20,8 @@ TEST_F(LinuxFileUtilsTest, CreatesMissingDirectoriesExceptTopLevelOnes)
     files_.createDirectories(dir_.wide("a/b//c/"));
     files_.createParentDirectories(L"a/x/file");
     EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_directory("a/x") && fs::is_empty("a/x"));
-    for (const wchar_t* const path : {L"", L"top", L"//launcher-test-top"}) {
-        files_.createDirectories(path);
-        EXPECT_FALSE(fs::exists(path)) << fs::path(path);
-    }
+    files_.createDirectories(L"//launcher-test-top");
+    EXPECT_FALSE(fs::exists("/launcher-test-top"));
     EXPECT_EQ(raised([&] { files_.createDirectories(L"top/b/c"); }),
               L"20 Unable to resolve path 'top/b'. Error: (2) No such file or directory");
     // Deeper than the stack could follow, if each level took a call.
@@ -39,19 +32,18 @@ TEST_F(LinuxFileUtilsTest, CreatesMissingDirectoriesExceptTopLevelOnes)
         L"20 Cannot read file '" + deep.substr(0, 302) + L"'. Error: (36) File name too long");
 }
 
-TEST_F(LinuxFileUtilsTest, AnswersWhatIsThereTouchesItAndDeletesIt)
+TEST_F(LinuxFileUtilsTest, TouchesAndDeletesFiles)
 {
     fs::create_symlink(dir_.path(), "link");
+    fs::create_symlink("nowhere", "dangling");
+    dir_.write("file", "kept");
     EXPECT_EQ(files_.touchFile(L"link/./новый"), dir_.wide("новый"));
     EXPECT_EQ(files_.touchFile(L"file"), dir_.wide("file"));
     EXPECT_EQ(readText("file"), "kept");
-    EXPECT_FALSE(files_.fileExists(L"dangling"));
-    EXPECT_EQ(errno, ENOENT);
-    EXPECT_TRUE(files_.fileExists(L"file") && files_.isDirectory(L"."));
-    EXPECT_FALSE(files_.isDirectory(L"file") || files_.isDirectory(L"file/x"));
     EXPECT_EQ(raised([&] { files_.deleteFile(L"file/x"); }),
               L"20 Cannot delete file 'file/x'. Error: (20) Not a directory");
     EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_FALSE(files_.fileExists(L"dangling"));
     EXPECT_TRUE(files_.deleteFile(L"file") && files_.deleteFile(L"dangling"));
     EXPECT_FALSE(files_.deleteFile(L"file"));
 }
@@ -66,8 +58,6 @@ TEST_F(LinuxFileUtilsTest, ReadsWholeFilesAndNamesTheOneThatItCannotUse)
     dir_.write("class3", std::string("\177ELF\3", 5) + std::string(11, '\0'));
     EXPECT_EQ(raised([&] { return files_.getBinaryType(L"class3"); }),
               L"20 Unknown binary type of library 'class3'");
-    EXPECT_EQ(raised([&] { return files_.getAbsolutePath(L"no"); }),
-              L"20 Unable to convert path to absolute 'no'. Error: (2) No such file or directory");
     EXPECT_EQ(raised([&] { return files_.listFiles(L".\\", L"[*"); }),
               L"20 Cannot read file './[*'. Error: (22) Invalid argument");
     const std::wstring online = L"/sys/devices/system/cpu/online";

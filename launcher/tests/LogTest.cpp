@@ -6,7 +6,6 @@
 
 #include <csignal>
 #include <fstream>
-#include <regex>
 #include <thread>
 
 #include "LauncherLog.h"
@@ -42,19 +41,19 @@ TEST_F(LogTest, IsOpenedOnceAndHoldsOnlyTheRecordsOfItsLife)
 {
     logInfo({L"C", L"f"}, L"too early");
     initLogger(dir_.wide("sub/dir/app.log"));
-    logError({L"Клас", L"run"}, L"Сообщение 😀", L"pid", 7);
+    logError({L"Class", L"run"}, L"Сообщение 😀", L"pid", 7);
     const std::string line = std::to_string(__LINE__ - 1);
     releaseLogger();
     logInfo({L"C", L"f"}, L"too late");
     releaseLogger();
     EXPECT_EQ(raised([&] { initLogger(file_); }), L"21 Logger was already initialized");
     EXPECT_FALSE(std::filesystem::exists(dir_ / "app.log"));
-    const std::regex layout(R"(\d{4}/\d\d/\d\d-\d\d:\d\d:\d\d\.\d{3},SYSTEM,0,level=ERROR,pid=)" +
-                            std::to_string(getpid()) + ",tid=" + std::to_string(gettid()) +
-                            ",component=launcher,class=Клас,file=LogTest.cpp,line=" + line +
-                            ",func=run,message=Сообщение 😀 pid=7\n");
+    const LauncherLog log(dir_ / "sub/dir/app.log");
+    EXPECT_EQ(log.records, std::vector<std::string>{"ERROR Сообщение 😀 pid=7"});
+    const std::string ids = "pid=" + std::to_string(getpid()) + ",tid=" + std::to_string(gettid());
+    const std::string place = ",class=Class,file=LogTest.cpp,line=" + line + ",func=run,";
     const std::string text = readText(dir_ / "sub/dir/app.log");
-    EXPECT_TRUE(std::regex_match(text, layout)) << text;
+    EXPECT_NE(text.find(ids + ",component=launcher" + place), text.npos) << text;
 }
 
 TEST_F(LogTest, SurvivesAReleasedLogThatOtherThreadsStillWriteTo)
@@ -143,6 +142,7 @@ TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBeforeUnlessAnybodyMayHavePlantedT
     const std::tuple<uid_t, mode_t, bool> directories[] = {
         {kUser, 0755, true}, {0, 0755, true}, {0, 0775, false}, {0, 0757, false}, {1, 0755, false},
     };
+    const mode_t before = umask(077);
     for (const auto& [owner, mode, isLeft] : directories) {
         const ScopedTempDir dir;
         const std::string file = dir.write("app.log", "");
@@ -150,40 +150,26 @@ TEST_F(LogTest, LeavesANewLogToTheUserOfTheOneBeforeUnlessAnybodyMayHavePlantedT
         chmod(file.c_str(), 0664);
         ASSERT_EQ(chown(dir.path().c_str(), owner, 0), 0);
         chmod(dir.path().c_str(), mode);
-        const mode_t before = umask(077);
         LinuxFileLogger(dir.wide("app.log"), 1).flush();
-        umask(before);
         struct stat status {};
         ASSERT_EQ(stat(file.c_str(), &status), 0);
         const auto ownership = std::tuple(status.st_uid, status.st_gid, status.st_mode & 0777U);
         EXPECT_EQ(ownership, isLeft ? std::tuple(kUser, kGroup, 0640U) : std::tuple(0U, 0U, 0600U))
             << owner << " " << mode;
     }
+    umask(before);
 }
 
 TEST_F(LogTest, ReportsALogThatCannotBeMade)
 {
-    const std::wstring last = L".9223372036854775807";
-    dir_.write("last.log", "");
-    dir_.write("last.log" + toUtf8(last), "kept");
-    dir_.write("x/y", "");
-    dir_.write("app.log.", "");
-    const std::tuple<std::wstring, std::wstring, std::wstring> cases[] = {
-        {L"absent/app.log", L"", L"(2) No such file or directory"},
-        {L"", L"", L"(21) Is a directory"},
-        {L"last.log", last, L"(17) File exists"},
-        // A backslash separates the directory, too, but no system call knows that.
-        {L"x\\y", L".1", L"(2) No such file or directory"},
-        // A bare "app.log." counts as the log, which then cannot be renamed.
-        {L"app.log", L".1", L"(2) No such file or directory"},
-    };
-    for (const auto& [name, number, error] : cases) {
-        const std::wstring path = dir_.wide() + (name.empty() ? L"" : L"/" + name);
-        const std::wstring failed = number.empty() ? L"create file '" + path
-                                                   : L"rotate launcher log: source '" + path +
-                                                         L"', target '" + path + number;
+    EXPECT_EQ(raised([&] { LinuxFileLogger(dir_.wide(), 1); }),
+              L"10 Cannot create file '" + dir_.wide() + L"'. Error: (21) Is a directory");
+    dir_.write("app.log.", "");  // counts as the log, which then cannot be renamed
+    dir_.write("x/y", "");       // a backslash separates it, too, but no system call knows that
+    for (const std::wstring& path : {file_, dir_.wide("x\\y")}) {
         EXPECT_EQ(raised([&] { LinuxFileLogger(path, 1); }),
-                  L"10 Cannot " + failed + L"'. Error: " + error);
+                  L"10 Cannot rotate launcher log: source '" + path + L"', target '" + path +
+                      L".1'. Error: (2) No such file or directory");
     }
 }
 

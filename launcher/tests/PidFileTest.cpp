@@ -47,17 +47,15 @@ TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
 
 TEST_F(PidFileTest, ReadsANumberOfNineCharactersAtMost)
 {
-    const std::tuple<std::string, std::int32_t, std::wstring> cases[] = {
-        {"999999999", 999999999, L""},
-        {" -42", -42, L""},
-        {"1234567890", -1, L"Extra characters in PID file '@/pid'"},
-    };
-    for (const auto& [content, pid, error] : cases) {
+    const auto read = [this](const std::string& content) {
         dir_.write("pid", content);
-        std::wostringstream errors;
-        EXPECT_EQ(PidFile().read(dir_.wide("pid"), errors), pid) << content;
-        EXPECT_EQ(errors.str(), at(error));
-    }
+        std::wostringstream error;
+        const std::int32_t pid = PidFile().read(dir_.wide("pid"), error);
+        return std::to_wstring(pid) + error.str();
+    };
+    EXPECT_EQ(read("999999999"), L"999999999");
+    EXPECT_EQ(read(" -42"), L"-42");
+    EXPECT_EQ(read("1234567890"), at(L"-1Extra characters in PID file '@/pid'"));
 }
 
 }  // namespace

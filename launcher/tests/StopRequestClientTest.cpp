@@ -60,14 +60,10 @@ TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
 {
     const std::wstring removed = L" and its PID-file was removed";
     const std::wstring failed = L" but its PID-file was not removed";
-    for (const char* name : {"joined", "given", "below-the-target", "client/below-us"}) {
-        dir_.write(name, "7");
-    }
-    dir_.write("of-another", "8");
     const std::tuple<std::wstring, std::wstring, std::wstring> cases[] = {
         {L"--quiet --pidfile=@/joined", L"", removed},
         {L"--pidfile below-the-target", L"", removed},
-        {L"--pidfile below-us", L"", removed},  // the target left the directory
+        {L"--pidfile client/below-us", L"", removed},  // the target left the directory
         {L"--pidfile of-another", L"", L""},
         {L"--pidfile @/of-another", L"", L""},
         {L"--pidfile", L"", L""},
@@ -75,19 +71,23 @@ TEST_F(StopRequestClientTest, KillsAfterTheTimeoutAndRemovesThePidFile)
         {L"--pidfile /dev/null", L"", failed},
         {L"--pidfile /other", L"@/given", removed},
     };
-    const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(dir_ / "client");
+    for (const char* name : {"joined", "given", "target/below-the-target", "client/below-us"}) {
+        dir_.write(name, "7");
+    }
+    dir_.write("of-another", "8");
+    std::filesystem::current_path(dir_.path());
     for (const auto& [commandLine, pidFile, suffix] : cases) {
         Target target(2);
         target.commandLine = split(at(commandLine));
-        target.directory = dir_.wide();
+        target.directory = dir_.wide("target");
         EXPECT_EQ(stop(std::move(target), Timeout(1), at(pidFile)),
                   L"0 Launcher with PID=7 was forced to stop" + suffix + L"\n");
     }
-    std::filesystem::current_path(before);
-    EXPECT_TRUE(std::filesystem::remove(dir_ / "of-another"));
-    EXPECT_TRUE(std::filesystem::remove(dir_ / "client"));
-    EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
+    std::filesystem::current_path("/");
+    // Nothing else is left.
+    for (const char* name : {"of-another", "target", "client", ""}) {
+        EXPECT_TRUE(std::filesystem::remove(dir_ / name)) << name;
+    }
 }
 
 TEST_F(StopRequestClientTest, LooksEvery100MillisecondsAndOnceBeforeItKills)
@@ -120,43 +120,30 @@ TEST_F(StopRequestClientTest, AStartIsRefusedWhereThePidFileCannotBeDeleted)
         L"3 PID file '/dev/null/x' exists and cannot be deleted. Error: (20) Not a directory");
 }
 
-/// A process that runs `program`, until the end of the scope.
-class Stranger final {
-public:
-    explicit Stranger(const std::string& program, uid_t user = geteuid()) : pid_(fork())
-    {
-        if (pid_ == 0) {
-            if (setuid(user) == 0) execl(program.c_str(), program.c_str(), "1000", nullptr);
-            _exit(127);
-        }
-        const std::string exe = "/proc/" + std::to_string(pid_) + "/exe";
-        EXPECT_TRUE(waitUntil([&] { return std::filesystem::equivalent(exe, program); }));
+/// A new process that runs `program`.
+pid_t startStranger(const std::string& program, uid_t user = geteuid())
+{
+    const pid_t pid = fork();
+    if (pid == 0) {
+        if (setuid(user) == 0) execl(program.c_str(), program.c_str(), "1000", nullptr);
+        _exit(127);
     }
-    ~Stranger()
-    {
-        kill(pid_, SIGKILL);
-        ChildProcesses::waitForExit(pid_);
-    }
-    Stranger(const Stranger&) = delete;
-    Stranger& operator=(const Stranger&) = delete;
-
-    [[nodiscard]] pid_t pid() const { return pid_; }
-
-private:
-    pid_t pid_;
-};
+    const std::string exe = "/proc/" + std::to_string(pid) + "/exe";
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::equivalent(exe, program); }));
+    return pid;
+}
 
 TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
 {
-    const std::string own = std::filesystem::read_symlink("/proc/self/exe").filename();
-    std::filesystem::copy_file("/bin/sleep", dir_ / own);
-    const Stranger sleep("/bin/sleep"), namesake(dir_ / own);
-    std::filesystem::remove(dir_ / own);  // as an upgrade does
+    const std::string own = dir_ / std::filesystem::read_symlink("/proc/self/exe").filename();
+    std::filesystem::copy_file("/bin/sleep", own);
+    const pid_t sleep = startStranger("/bin/sleep"), namesake = startStranger(own);
+    std::filesystem::remove(own);  // as an upgrade does
     const std::tuple<pid_t, std::chrono::seconds, bool> cases[] = {
-        {sleep.pid(), std::chrono::seconds(5), false},  // clocks are not that exact
-        {sleep.pid(), std::chrono::hours(1), true},
-        {sleep.pid(), std::chrono::years(-600), false},  // beyond what nanoseconds can count
-        {namesake.pid(), std::chrono::hours(1), false},
+        {sleep, std::chrono::seconds(5), false},  // clocks are not that exact
+        {sleep, std::chrono::hours(1), true},
+        {sleep, std::chrono::years(-600), false},  // beyond what nanoseconds can count
+        {namesake, std::chrono::hours(1), false},
     };
     const std::wstring file = dir_.wide("pid");
     for (const auto& [pid, age, isStale] : cases) {
@@ -171,6 +158,7 @@ TEST_F(StopRequestClientTest, APidFileOlderThanAStrangerIsStale)
             isStale ? L"nothing raised" : L"3 " + getMessage(IDS_PIDFILE_EXISTS_PROCESS_RUNNING));
         EXPECT_EQ(std::filesystem::exists(dir_ / "pid"), !isStale) << age.count();
     }
+    ChildProcesses::killAll();
 }
 
 TEST_F(StopRequestClientTest, RootTrustsAPidFileNoFurtherThanItsOwner)
@@ -191,26 +179,24 @@ TEST_F(StopRequestClientTest, RootTrustsAPidFileNoFurtherThanItsOwner)
         return result.substr(0, result.find(L' '));
     };
     for (const auto& [owner, mode, linkOwner, user, isTrusted] : cases) {
-        const Stranger process("/bin/sleep", user);
+        const pid_t process = startStranger("/bin/sleep", user);
         const bool isLink = linkOwner != kNoLink;
-        const std::string file =
-            dir_.write(isLink ? "pid" : "named", std::to_string(process.pid()));
+        std::filesystem::remove(named);
+        const std::string file = dir_.write(isLink ? "pid" : "named", std::to_string(process));
         ASSERT_TRUE(chown(file.c_str(), owner, 0) == 0 && chmod(file.c_str(), mode) == 0);
         if (isLink) std::filesystem::create_symlink("pid", named);
         ASSERT_TRUE(!isLink || lchown(named.c_str(), linkOwner, 0) == 0);
-        EXPECT_EQ(stopNamed(process.pid()), isTrusted ? L"0" : L"12")
+        EXPECT_EQ(stopNamed(process), isTrusted ? L"0" : L"12")
             << owner << " " << std::oct << mode << " " << linkOwner << " " << user;
         const std::wstring warning = L"WARN StopRequestClient.stop: PID file does not count ";
         EXPECT_EQ(log_.lines().back().starts_with(warning), !isTrusted);
         EXPECT_EQ(std::filesystem::exists(named), !isTrusted);  // else what it was went, too
-        std::filesystem::remove(named);
-        std::filesystem::remove(file);
+        ChildProcesses::killAll();
     }
-    const Stranger process("/bin/sleep");
-    dir_.write("named", "1");
-    EXPECT_EQ(stopNamed(process.pid()), L"12");  // read before, and changed meanwhile
-    dir_.write("named", "999999999");
-    ASSERT_EQ(chown(named.c_str(), kUser, 0), 0);
+    std::filesystem::remove(named);
+    dir_.write("named", "1");  // which was read before, and is changed meanwhile
+    EXPECT_EQ(stopNamed(startStranger("/bin/sleep")), L"12");
+    ChildProcesses::killAll();
     EXPECT_EQ(stopNamed(999999999), L"11");
 }
 
