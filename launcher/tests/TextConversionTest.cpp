@@ -50,6 +50,8 @@ TEST(TextConversionTest, ReplacesWhatIsMalformedInModifiedUtf8AndKeepsTheRest)
     };
     for (const auto& [bytes, wide] : cases) EXPECT_EQ(fromModifiedUtf8(bytes.c_str()), wide);
     EXPECT_EQ(fromModifiedUtf8(nullptr), L"");
+    const std::wstring edges = L"\x1\x7f\x80\x7ff\x800\xffff\x10000\x10ffff";
+    EXPECT_EQ(fromModifiedUtf8(toModifiedUtf8(edges).c_str()), edges);
 }
 
 }  // namespace
