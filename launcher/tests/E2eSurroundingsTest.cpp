@@ -100,8 +100,12 @@ protected:
         std::filesystem::remove(dir / "service.pid");
     }
     /// A start that names no file but those of Java.
+    [[nodiscard]] LauncherRun plainService(const std::string& script) const
+    {
+        return plainService(script, serviceJar);
+    }
     [[nodiscard]] LauncherRun plainService(const std::string& script,
-                                           const std::string& classPath = SERVICE_JAR) const
+                                           const std::string& classPath) const
     {
         LauncherRun run = launcher("start --quiet --jifaceclass service.Service").withJvm();
         run.arg("--jvmdll=" + library).arg("--jclasspath=" + classPath);
@@ -122,7 +126,7 @@ protected:
     {
         static const bool allowed = hasRights();
         if (!allowed) GTEST_SKIP() << "needs the rights to mount and to become another user";
-        std::filesystem::permissions(dir.path(), std::filesystem::perms::all);
+        openToAllUsers();
     }
 };
 FOR_EACH_JDK(RightsE2eTest);
@@ -445,7 +449,7 @@ TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
             cases.emplace_back("stop --pid 999999999 --" + option + "=plants/" + path, 11, 1);
         }
     }
-    std::filesystem::permissions(dir.path(), std::filesystem::perms::all);
+    openToAllUsers();
     for (const auto& [command, works, refused] : cases) {
         for (const auto& [owner, user] :
              {std::pair(kUser, 0U), {0U, 0U}, {1U, kUser}, {kUser, kUser}}) {

@@ -27,14 +27,30 @@ protected:
         EXPECT_EQ(log().malformed, "");
     }
 
-    [[nodiscard]] LauncherRun launcher(const std::string& args) const { return {dir.path(), args}; }
+    /// For runs that become another user, who may not get to where the build lies: from now on
+    /// the launcher and the service are copies in the test's directory, which all may use.
+    void openToAllUsers()
+    {
+        std::filesystem::permissions(dir.path(), std::filesystem::perms::all);
+        for (std::string* const file : {&program, &serviceJar}) {
+            const std::string copy = dir / std::filesystem::path(*file).filename();
+            std::filesystem::copy(*file, copy);
+            std::filesystem::permissions(copy, std::filesystem::perms{0755});
+            *file = copy;
+        }
+    }
+
+    [[nodiscard]] LauncherRun launcher(const std::string& args) const
+    {
+        return LauncherRun(dir.path(), args).program(program);
+    }
     /// A start with `library`. The words of `script` are "method=step,step".
     [[nodiscard]] LauncherRun service(const std::string& script = "",
                                       const std::string& className = "service.Service") const
     {
         LauncherRun run = launcher("start --pidfile service.pid --clog launcher.log");
         if (library.ends_with("libjvm.so")) run.withJvm();
-        run.arg("--jvmdll=" + library).arg(std::string("--jclasspath=") + SERVICE_JAR);
+        run.arg("--jvmdll=" + library).arg("--jclasspath=" + serviceJar);
         run.arg("--jifaceclass=" + className).arg("--jvmopt=-XX:-UsePerfData");
         std::istringstream lines(script);
         for (std::string line; lines >> line;) run.arg("--jvmopt=-D" + line);
@@ -76,6 +92,8 @@ protected:
 
     ScopedTempDir dir;
     std::string library;  // of the JVM
+    std::string program = LAUNCHER_EXECUTABLE;
+    std::string serviceJar = SERVICE_JAR;
 };
 
 /// A test that every installed JDK has to pass.
