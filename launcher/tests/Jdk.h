@@ -38,8 +38,18 @@ inline std::map<int, std::string> installedJdks()
     return jdks;
 }
 
-/// Runs the tests of a suite, whose parameter is a Jdk, with every one.
-#define FOR_EACH_JDK(Suite)                                                                     \
-    INSTANTIATE_TEST_SUITE_P(, Suite, testing::ValuesIn(installedJdks()), [](const auto& jdk) { \
-        return "Jdk" + std::to_string(jdk.param.first);                                         \
+/// The newest of them, for tests that one JDK is enough for: the first to bring changes.
+inline std::map<int, std::string> newestJdk()
+{
+    std::map<int, std::string> jdks = installedJdks();
+    while (jdks.size() > 1) jdks.erase(jdks.begin());
+    return jdks;
+}
+
+/// Runs the tests of a suite, whose parameter is a Jdk, with each of `jdks`.
+#define FOR_JDKS(Suite, jdks)                                                        \
+    INSTANTIATE_TEST_SUITE_P(, Suite, testing::ValuesIn(jdks), [](const auto& jdk) { \
+        return "Jdk" + std::to_string(jdk.param.first);                              \
     })
+#define FOR_EACH_JDK(Suite) FOR_JDKS(Suite, installedJdks())
+#define FOR_NEWEST_JDK(Suite) FOR_JDKS(Suite, newestJdk())
