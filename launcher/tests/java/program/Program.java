@@ -1,43 +1,46 @@
 package program;
 
+import java.util.concurrent.Callable;
+import java.util.concurrent.FutureTask;
+
 /** What the adapter's tests run: does what its first argument says, for the given milliseconds. */
 class Program {
     public static void main(String[] args) throws Exception {
-        Runtime.getRuntime().addShutdownHook(new Thread(() -> System.out.println("hook")));
+        Thread main = Thread.currentThread();
         long millis = Long.parseLong(args[1]);
-        System.out.println("ready " + millis);
+        atExit(() -> print("hook"));
+        if (args[0].equals("hook")) atExit(() -> end(main));
+        print("ready");
         switch (args[0]) {
-            case "wait" -> Thread.sleep(millis);
-            case "thread" -> new Thread(() -> sleep(millis)).start();
+            case "wait", "hook" -> Thread.sleep(millis);
+            case "thread" -> thread(() -> sleep(millis)).start();
             case "exit" -> System.exit(7);
-            case "hook" -> {
-                endMainAtShutdown(Thread.currentThread());
-                System.out.println("main waits");
-                Thread.sleep(millis);
-            }
             default -> throw new IllegalStateException("thrown by main");
         }
-        System.out.println("main returns");
+        print("main returns");
     }
 
-    private static void endMainAtShutdown(Thread main) {
-        Runtime.getRuntime().addShutdownHook(new Thread(() -> {
-            main.interrupt();
-            try {
-                main.join();
-                System.out.println("main has ended");
-            } catch (InterruptedException e) {
-                throw new IllegalStateException(e);
-            }
-        }));
+    private static Thread thread(Callable<String> body) {
+        return new Thread(new FutureTask<>(body));
     }
 
-    private static void sleep(long millis) {
-        try {
-            Thread.sleep(millis);
-            System.out.println("thread ends");
-        } catch (InterruptedException e) {
-            System.out.println("thread is interrupted");
-        }
+    private static void atExit(Callable<String> body) {
+        Runtime.getRuntime().addShutdownHook(thread(body));
+    }
+
+    private static String print(String text) {
+        System.out.println(text);
+        return text;
+    }
+
+    private static String sleep(long millis) throws InterruptedException {
+        Thread.sleep(millis);
+        return print("thread ends");
+    }
+
+    private static String end(Thread main) throws InterruptedException {
+        main.interrupt();
+        main.join();
+        return print("main has ended");
     }
 }
