@@ -1,90 +1,179 @@
 // launcher_faults: lets calls of the launcher fail, one in each run, and judges
 // what comes of it.
 //
-//   launcher_faults plan quick   lists the rows to run: the likeliest errors of
-//                                every way to a call, the first and the last
-//                                time that it is gone, with one JDK
-//   launcher_faults plan all     the same, with all errors in every scenario
-//                                and with all JDKs
-//   launcher_faults calls        names the calls that can be let fail
-//   launcher_faults run ROW...   runs the row and tells what came of it; fails
-//                                when that is what must never happen
+//   plan quick   lists the rows to run: the likeliest errors of every way to a
+//                call, the first and the last time that it is gone, with one JDK
+//   plan all     the same, with all errors in every scenario and with all JDKs
+//   calls        names the calls that can be let fail
+//   run ROW      runs the row and tells what came of it; fails, and names the
+//                places in the sources, when that must never happen
 //
-// A row is: scenario, function@way#pass, error, and the place in the sources.
+// A row is: scenario, function@way#pass, and error.
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <exception>
+#include <filesystem>
 #include <map>
-#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Calls.h"
-#include "Jdk.h"
-#include "Scenario.h"
+#include "ChildProcesses.h"
+#include "LauncherLog.h"
+#include "LauncherRun.h"
+#include "Scenarios.h"
+#include "ScopedTempDir.h"
+#include "WaitUntil.h"
 
 namespace {
 
-/// The errors of a call that are to be tried, `most` of them.
-std::vector<int> errorsOf(const std::string& function, std::ptrdiff_t most)
-{
-    for (const Call& call : kCalls) {
-        if (function != call.name) continue;
-        const auto* const end = std::find(call.errors.begin(), call.errors.end(), 0);
-        const auto count = std::min(end - call.errors.begin(), most);
-        return {call.errors.begin(), call.errors.begin() + count};
-    }
-    throw std::runtime_error("no errors of " + function);
-}
+namespace fs = std::filesystem;
+using ChildProcesses::ended;
 
-/// The number of an error of this system; 0 for no error.
-int errorNumber(const std::string& name)
-{
-    for (int number = 1; number < 200; ++number) {
-        const char* const known = strerrorname_np(number);
-        if (known && name == known) return number;
-    }
-    return 0;
-}
+constexpr std::chrono::seconds kPatience{20};
 
-/// A way to a call, as the shim lists it.
-struct Passage {
-    std::string function, way;
-    std::vector<std::string> frames;
-    unsigned passes = 0;
+/// What came of a run.
+struct Outcome {
+    int status = 0;        ///< of the detached launcher, if there is one
+    std::string text;      ///< what the launcher has printed, but for the startup header
+    bool worked = false;   ///< the work of the scenario was done
+    std::string problem;   ///< what must not happen whatever fails; empty for nothing
+    bool logged = false;   ///< the log holds an error
+    std::string faultLog;  ///< of the shim
+
+    void blame(bool happened, const std::string& what)
+    {
+        if (happened && problem.empty()) problem = what;
+    }
 };
 
-/// The scenarios that need no JVM, and those with the first `jdks` JDKs.
-std::vector<Scenario> scenarios(std::size_t jdks)
+bool allHaveEnded()
 {
-    std::vector<Scenario> all = scenariosWithoutJvm();
-    for (const auto& [version, library] : installedJdks()) {
-        if (jdks-- == 0) break;
-        for (Scenario& scenario : scenariosWithJvm(version, library)) {
-            all.push_back(std::move(scenario));
-        }
-    }
-    return all;
+    return !ChildProcesses::reap();
 }
 
-std::string firstLine(const std::string& text)
+/// Commands of a scenario, with kShell.
+LauncherRun shell(const ScopedTempDir& dir, const Scenario& scenario, const std::string& commands)
 {
-    return text.substr(0, text.find('\n'));
+    LauncherRun run(dir.path(), "-c");
+    run.arg("eval \"$commands\"").program("/bin/sh").env("commands", kShell + commands);
+    run.env("program", scenario.program).env("jvm", scenario.jvm).env("pidfile", kPidFile);
+    run.env("shim", FAULT_SHIM).env("service_jar", SERVICE_JAR).env("inventory", FAKE_INVENTORY);
+    return run;
 }
 
-bool isDocumented(int status)
+/// The process beside the launcher, once it is ready; 0 for none. A launcher
+/// that is to stop it looks for its PID file among its arguments.
+LauncherProcess startTarget(const Scenario& scenario, const ScopedTempDir& dir)
 {
-    const int code = status >= 200 ? status - 200 : status >= 100 ? status - 100 : status;
-    return (code >= 0 && code <= 12) || code == 20 || code == 21;
+    if (scenario.target.empty()) return {};
+    LauncherRun run = shell(dir, scenario, scenario.target).args("target --pidfile").arg(kPidFile);
+    LauncherProcess target = run.start();
+    const auto runs = [&] { return readText(dir / kPidFile) == std::to_string(target.pid); };
+    if (!waitUntil(runs, kPatience)) throw std::runtime_error("no process to stop");
+    return target;
+}
+
+/// Stops the service as soon as it is ready.
+void stopWhenReady(const ScopedTempDir& dir, pid_t launcher, Outcome& outcome)
+{
+    const auto isReady = [&] { return fs::exists(dir / "ready"); };
+    const bool ends = waitUntil([&] { return isReady() || allHaveEnded(); }, kPatience);
+    outcome.blame(!ends, "does not start");
+    if (!isReady()) return;
+    pid_t service = launcher;
+    std::istringstream children(readText("/proc/thread-self/children"));
+    for (pid_t pid = 0; children >> pid;) service = pid == launcher ? service : pid;  // detached
+    const bool hasPidFile = readText(dir / kPidFile) == std::to_string(service);
+    kill(service, SIGUSR1);
+    outcome.blame(!hasPidFile && !allHaveEnded(), "serves without its PID file");
+}
+
+/// What was printed but for the startup header and the JVM's warnings.
+std::string withoutHeader(const std::string& printed)
+{
+    static const std::regex kHeaders("[^\n]*( \\(launcher 3\\.| Server VM warning: )[^\n]*\n");
+    return std::regex_replace(printed, kHeaders, "");
+}
+
+/// Waits for the end of all but the target, and of that, too, if the launcher
+/// says that it has stopped it. Whether that one lives.
+bool waitForEnd(const LauncherProcess& launcher, pid_t target, Outcome& outcome)
+{
+    const auto isOver = [&] {
+        return allHaveEnded() || (target != 0 && ended.contains(launcher.pid));
+    };
+    outcome.blame(!waitUntil(isOver, kPatience), "does not end");
+    outcome.text =
+        withoutHeader(readText(*launcher.streams / "err") + readText(*launcher.streams / "out"));
+    if (target == 0) return false;
+    const bool succeeded = ended.contains(launcher.pid) && ended[launcher.pid] == 0;
+    const bool saysStopped =
+        succeeded && (outcome.text.empty() || outcome.text.starts_with("Launcher with PID"));
+    const bool saysGone = outcome.text.find("not found, nothing was stopped") != std::string::npos;
+    const bool lives =
+        !ended.contains(target) && !(saysStopped && waitUntil(allHaveEnded, kPatience));
+    outcome.blame(lives && (saysStopped || saysGone), "takes a process for gone that runs");
+    return lives;
+}
+
+/// The process id and the status of the one that was started, or of the detached
+/// one; kills all that have not ended by themselves.
+std::pair<pid_t, int> endProcesses(pid_t launcher, pid_t target, Outcome& outcome)
+{
+    ChildProcesses::killAll();
+    ended.erase(target);
+    const auto own = ended.extract(launcher);
+    const int status = own ? own.mapped() : -SIGKILL;
+    const std::map<pid_t, int> detached = std::exchange(ended, {});
+    if (detached.empty()) return {launcher, status};
+    outcome.blame(status != 0, "fails with a detached launcher");
+    return *detached.begin();
+}
+
+/// `fault` is for the shim; empty for a run that fails nowhere.
+Outcome perform(const Scenario& scenario, const std::string& fault)
+{
+    const ScopedTempDir dir;
+    const LauncherProcess target = startTarget(scenario, dir);
+    LauncherRun run = shell(dir, scenario, scenario.command);
+    run.env("FAULT", fault).env("FAULT_LOG", dir / "faults").env("FAKE_JVM_KEEPS", dir / kPidFile);
+    const LauncherProcess launcher = run.env("target", std::to_string(target.pid)).start();
+    Outcome outcome;
+    if (scenario.waits) stopWhenReady(dir, launcher.pid, outcome);
+    const bool targetLives = waitForEnd(launcher, target.pid, outcome);
+    const auto [pid, status] = endProcesses(launcher.pid, target.pid, outcome);
+    outcome.status = status;
+
+    outcome.faultLog = readText(dir / "faults");
+    const LauncherLog log(dir / "logs/launcher.log");
+    outcome.logged = log.holds("ERROR ");
+    outcome.blame(!log.malformed.empty(), "leaves a malformed log");
+    const bool isRedirected = fs::exists(dir / "out.txt") && status == scenario.status;
+    outcome.blame(isRedirected && !outcome.text.empty(), "prints elsewhere");
+    outcome.text.insert(0, withoutHeader(readText(dir / "err.txt") + readText(dir / "out.txt")));
+    outcome.worked = shell(dir, scenario, scenario.works).run().status == 0 &&
+                     !(targetLives && scenario.status == 0);
+    const std::string kept = dir / kPidFile + ".kept";  // when the JVM was to be created
+    const bool createsJvm = fs::exists(kept), isOwner = readText(kept) == std::to_string(pid);
+    outcome.blame(createsJvm && !isOwner, "goes on without its PID file");
+    outcome.blame(createsJvm && targetLives, "starts beside another");
+    LauncherRun next(dir.path(), "start --jifaceclass none --jclasspath . --pidfile");
+    next.arg(kPidFile).arg("--jvmdll").arg(FAKE_JVM);
+    const bool isInTheWay = fs::exists(dir / kPidFile) && next.run().status != 4;
+    outcome.blame(isInTheWay, "leaves a PID file that forbids a start");
+    return outcome;
 }
 
 /// What comes of faults because it is required, though it is no good.
-constexpr std::pair<std::string_view, std::string_view> kRequired[] = {
+const std::set<std::pair<std::string, std::string>> kRequired{
     // What a full disk takes of the log is lost.
     {"fflush", "leaves a malformed log"},
     {"fclose", "leaves a malformed log"},
@@ -100,16 +189,15 @@ std::string findProblem(const Scenario& scenario, const Outcome& outcome,
 {
     if (!outcome.problem.empty()) return outcome.problem;
     if (outcome.status < 0) return "killed by signal " + std::to_string(-outcome.status);
-    if (!isDocumented(outcome.status)) return "ends with a status of no meaning";
-    const bool asEver = outcome.status == scenario.status && outcome.worked;
-    // What cannot be printed cannot be told.
-    const bool isMute = function == "fputs";
-    if (isMute && asEver) return "";
-    const bool isSilent = firstLine(outcome.text).empty();
+    const int code = outcome.status % 100;  // without the base of a detached launcher
+    if (code > 12 && code != 20 && code != 21) return "ends with a status of no meaning";
     const bool isUsual = std::regex_match(outcome.text, std::regex(scenario.text));
-    if (isUsual && !isSilent && !outcome.worked) return "tells what is not so";
-    if (!isSilent || (isUsual && asEver)) return "";
-    return outcome.logged ? "tells the log alone" : "does not tell why";
+    const bool isMute = function == "fputs";  // what cannot be printed cannot be told
+    if (outcome.status == scenario.status && outcome.worked && (isUsual || isMute)) return "";
+    if (outcome.text.empty() || outcome.text.starts_with('\n')) {
+        return outcome.logged ? "tells the log alone" : "does not tell why";
+    }
+    return isUsual && !outcome.worked ? "tells what is not so" : "";
 }
 
 bool isHarmless(const Scenario& scenario, const Outcome& outcome)
@@ -118,131 +206,76 @@ bool isHarmless(const Scenario& scenario, const Outcome& outcome)
            (outcome.text.empty() || std::regex_match(outcome.text, std::regex(scenario.text)));
 }
 
-/// The calls of a run in which nothing fails, in the order of their first pass.
-std::vector<Passage> listCalls(const Scenario& scenario)
+std::string functionOf(const std::string& call)
+{
+    return call.substr(0, call.find('@'));
+}
+
+std::vector<int> errorsOf(const std::string& function)
+{
+    for (const Call& call : kCalls) {
+        if (function != call.name) continue;
+        return {call.errors.begin(), std::find(call.errors.begin(), call.errors.end(), 0)};
+    }
+    throw std::runtime_error("no errors of " + function);
+}
+
+/// Adds to `planned`; with `all`, plans what is there, too.
+void planScenario(const Scenario& scenario, bool all, std::set<std::string>& planned)
 {
     const Outcome outcome = perform(scenario, "");
     const std::string problem = findProblem(scenario, outcome, "");
     if (!problem.empty() || !isHarmless(scenario, outcome)) {
-        throw std::runtime_error(scenario.name + " fails without a fault: " + problem +
-                                 ", status " + std::to_string(outcome.status) + "\n" +
-                                 outcome.text);
+        const std::string end = problem + ", status " + std::to_string(outcome.status);
+        throw std::runtime_error(scenario.name + " fails without a fault: " + end);
     }
-    std::vector<Passage> calls;
-    std::map<std::string, std::size_t> known;
+    std::vector<std::string> calls;  // in the order of their first pass
+    std::map<std::string, unsigned> passes;
     std::istringstream lines(outcome.faultLog);
-    for (std::string line; std::getline(lines, line);) {
-        Passage call;
-        std::istringstream words(line);
-        words >> call.function >> call.way;
-        for (std::string frame; words >> frame;) call.frames.push_back(frame);
-        const auto [entry, isNew] = known.try_emplace(call.function + call.way, calls.size());
-        if (isNew) calls.push_back(call);
-        ++calls[entry->second].passes;
+    for (std::string call; std::getline(lines, call);) {
+        if (++passes[call] == 1) calls.push_back(call);
     }
-    return calls;
-}
-
-/// "File.cpp:line<Caller.cpp:line" for every call.
-std::vector<std::string> places(const std::vector<Passage>& calls, const std::string& program)
-{
-    std::string command = "addr2line -s -e '" + program + "'";
-    for (const Passage& call : calls) {
-        for (const std::string& frame : call.frames) {
-            std::ostringstream before;  // the address is the one behind the call
-            before << std::hex << std::stoull(frame, nullptr, 16) - 1;
-            command += " " + before.str();
-        }
-    }
-    const std::unique_ptr<FILE, int (*)(FILE*)> lines(popen(command.c_str(), "r"), pclose);
-    std::vector<std::string> found;
-    for (const Passage& call : calls) {
-        std::string place;
-        for (std::size_t i = 0; i < call.frames.size(); ++i) {
-            char line[256] = "?";
-            if (!lines || !std::fgets(line, sizeof line, lines.get())) break;
-            const std::string text(line, std::strcspn(line, " \n"));
-            place += (place.empty() ? "" : "<") + text;
-        }
-        found.push_back(place);
-    }
-    return found;
-}
-
-void planScenario(const Scenario& scenario, bool all, std::set<std::string>& planned)
-{
-    const std::vector<Passage> calls = listCalls(scenario);
-    const std::vector<std::string> place = places(calls, scenario.program);
-    for (std::size_t i = 0; i < calls.size(); ++i) {
-        const Passage& call = calls[i];
-        const bool isNew = planned.insert(scenario.program + call.function + call.way).second;
-        if (!all && !isNew) continue;
-        for (const unsigned pass : std::set<unsigned>{1, call.passes}) {
-            for (const int error : errorsOf(call.function, all ? 12 : 2)) {
-                std::printf("%s %s@%s#%u %s %s\n", scenario.name.c_str(), call.function.c_str(),
-                            call.way.c_str(), pass, strerrorname_np(error), place[i].c_str());
+    for (const std::string& call : calls) {
+        if (!planned.insert(scenario.program + call).second && !all) continue;
+        std::vector<int> errors = errorsOf(functionOf(call));
+        if (!all) errors.resize(std::min<std::size_t>(errors.size(), 2));
+        for (const unsigned pass : std::set<unsigned>{1, passes[call]}) {
+            for (const int error : errors) {
+                std::printf("%s %s#%u %s\n", scenario.name.c_str(), call.c_str(), pass,
+                            strerrorname_np(error));
             }
         }
     }
 }
 
-void plan(bool all)
-{
-    std::set<std::string> planned;
-    for (const Scenario& scenario : scenarios(all ? std::string::npos : 1)) {
-        planScenario(scenario, all, planned);
-    }
-}
-
 /// Whether the row came out well.
-bool run(const std::string& name, const std::string& call, const std::string& error,
-         const std::string& place)
+bool run(const std::string& name, const std::string& call, const std::string& error)
 {
-    const std::vector<Scenario> all = scenarios(std::string::npos);
+    const std::vector<Scenario> all = scenarios(true);
     const auto scenario = std::find_if(all.begin(), all.end(),
                                        [&](const Scenario& other) { return other.name == name; });
-    std::smatch words;
-    static const std::regex kCall("([a-z0-9_]+)@([0-9a-f]+)#([0-9]+)");
-    const int number = errorNumber(error);
-    if (scenario == all.end() || !std::regex_match(call, words, kCall) || number == 0) {
+    const std::string function = functionOf(call);
+    const std::vector<int> errors = errorsOf(function);
+    const auto number = std::find_if(errors.begin(), errors.end(),
+                                     [&](int other) { return error == strerrorname_np(other); });
+    if (scenario == all.end() || number == errors.end()) {
         throw std::runtime_error("no such row: " + name + " " + call + " " + error);
     }
-    const std::string function = words.str(1);
-    const Outcome outcome = perform(*scenario, function + " " + words.str(2) + " " + words.str(3) +
-                                                   " " + std::to_string(number));
+    const Outcome outcome = perform(*scenario, call + " " + std::to_string(*number));
     const std::string problem = findProblem(*scenario, outcome, function);
-    const bool failed = outcome.faultLog == "failed\n";
-    const bool isRequired = std::find(std::begin(kRequired), std::end(kRequired),
-                                      std::pair<std::string_view, std::string_view>(
-                                          function, problem)) != std::end(kRequired);
+    const bool isRequired = kRequired.count({function, problem}) != 0;
     const char* const verdict = isRequired                       ? "required"
                                 : !problem.empty()               ? "FAILED"
-                                : !failed                        ? "unreached"
+                                : outcome.faultLog != "failed\n" ? "unreached"
                                 : isHarmless(*scenario, outcome) ? "harmless"
                                                                  : "message";
-    std::printf("%-9s %-15s %-34s %-12s %4d  %s%s%s  [%s]\n", verdict, name.c_str(), call.c_str(),
+    const bool isWell = problem.empty() || isRequired;
+    const std::string place =
+        isWell ? "" : shell(ScopedTempDir(), *scenario, "place " + call).run().out;
+    std::printf("%-9s %-15s %-45s %-12s %4d  %s%s%s  %s\n", verdict, name.c_str(), call.c_str(),
                 error.c_str(), outcome.status, problem.c_str(), problem.empty() ? "" : "; ",
-                firstLine(outcome.text).c_str(), place.c_str());
-    return problem.empty() || isRequired;
-}
-
-int obey(const std::vector<std::string>& words)
-{
-    if (words.size() == 2 && words[0] == "plan") {
-        plan(words[1] == "all");
-        return 0;
-    }
-    if (words.size() == 1 && words[0] == "calls") {
-        for (const Call& call : kCalls) std::printf("%s\n", call.name);
-        return 0;
-    }
-    if (words.size() == 4 && words[0] == "target") {
-        beTarget(words[1] == "obey" ? Target::Obeys : Target::Ignores, words[3]);
-    }
-    if (words.size() >= 4 && words[0] == "run") {
-        return run(words[1], words[2], words[3], words.size() > 4 ? words[4] : "") ? 0 : 1;
-    }
-    throw std::runtime_error("launcher_faults plan quick|all, or run SCENARIO CALL ERROR");
+                outcome.text.substr(0, outcome.text.find('\n')).c_str(), place.c_str());
+    return isWell;
 }
 
 }  // namespace
@@ -250,8 +283,20 @@ int obey(const std::vector<std::string>& words)
 int main(int argc, char** argv)
 {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // nothing for a child to write again
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    const std::string task = words.empty() ? "" : words[0];
     try {
-        return obey(std::vector<std::string>(argv + 1, argv + argc));
+        if (task == "run" && words.size() == 4) return run(words[1], words[2], words[3]) ? 0 : 1;
+        if (task == "plan" && words.size() == 2) {
+            const bool all = words[1] == "all";
+            std::set<std::string> planned;
+            for (const Scenario& each : scenarios(all)) planScenario(each, all, planned);
+        } else if (task == "calls") {
+            for (const Call& call : kCalls) std::printf("%s\n", call.name);
+        } else {
+            throw std::runtime_error("launcher_faults plan quick|all, calls, or run ROW");
+        }
+        return 0;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "error: %s\n", e.what());
         return 2;
