@@ -17,8 +17,8 @@ std::string renderTree(const YamlNode* node)
     std::string tree;
     std::vector<const YamlNode*> later;  // what follows on each level above
     while (node) {
-        tree += renderYamlNode(later.size(), static_cast<int>(node->kind()), node->key(),
-                               node->value());
+        tree +=
+            std::to_string(later.size()) + renderYamlNode(node->kind(), node->key(), node->value());
         if (node->firstChild()) {
             later.push_back(node->next());
             node = node->firstChild();
@@ -30,21 +30,22 @@ std::string renderTree(const YamlNode* node)
     return tree;
 }
 
-/// What `read` gives, and the message (UTF-8) of what it throws.
+/// A tree, or the message (UTF-8) of what was thrown.
 struct Outcome {
-    template <typename Read>
-    explicit Outcome(const Read& read)
-    {
-        try {
-            tree = read();
-        } catch (const LauncherException& e) {
-            error = toUtf8(e.message());
-        }
-    }
-
-    std::string tree;
-    std::string error;
+    bool isError;
+    std::string text;
+    bool operator==(const Outcome&) const = default;
 };
+
+template <typename Read>
+Outcome outcomeOf(const Read& read)
+{
+    try {
+        return {false, read()};
+    } catch (const LauncherException& e) {
+        return {true, toUtf8(e.message())};
+    }
+}
 
 void checkConfig(const LauncherConfig& config)
 {
@@ -63,24 +64,23 @@ void checkConfig(const LauncherConfig& config)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const InputFile file("launcher.yml");
     const std::string_view text = asText(data, size);
-    const Outcome expected([text] { return YamlReference(text).read(); });
-    const Outcome actual([text] { return renderTree(parseYaml(text).get()); });
-    if (expected.tree != actual.tree || expected.error != actual.error) {
-        std::fprintf(stderr, "--- expected\n%s%s\n--- read\n%s%s\n", expected.tree.c_str(),
-                     expected.error.c_str(), actual.tree.c_str(), actual.error.c_str());
+    const Outcome expected = outcomeOf([text] { return YamlReference(text).read(); });
+    const Outcome actual = outcomeOf([text] { return renderTree(parseYaml(text).get()); });
+    if (actual != expected) {
+        std::fprintf(stderr, "--- expected\n%s\n--- read\n%s\n", expected.text.c_str(),
+                     actual.text.c_str());
         check(false, "the reader does as the reference");
     }
 
-    file.write(text);
-    const LauncherConfig config = LauncherConfig::readFrom(file.directory(), L"");
+    const std::wstring directory = inputFile("launcher.yml", text);
+    const LauncherConfig config = LauncherConfig::readFrom(directory, L"");
     checkConfig(config);
-    if (!expected.error.empty()) {
-        check(toUtf8(config.getErrorMessage()) == expected.error, "what the reader says is told");
+    if (expected.isError) {
+        check(toUtf8(config.getErrorMessage()) == expected.text, "what the reader says is told");
     }
     if (text.find("${instance.root}") != text.npos) {
-        checkConfig(LauncherConfig::readFrom(file.directory(), L"/srv/instance"));
+        checkConfig(LauncherConfig::readFrom(directory, L"/srv/instance"));
     }
     return 0;
 }

@@ -34,11 +34,10 @@ std::int32_t readStrictly(const std::wstring& path)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const InputFile file("pid");
     const std::string_view content = asText(data, size);
-    file.write(content);
-    const std::int32_t loose = readLoosely(file.path());
-    const std::int32_t strict = readStrictly(file.path());
+    const std::wstring path = inputFile("pid", content) + L"/pid";
+    const std::int32_t loose = readLoosely(path);
+    const std::int32_t strict = readStrictly(path);
     const bool isForBoth = size <= kMaxSizeForBoth && content.find('\0') == content.npos;
     if (strict != -1 && isForBoth) check(loose == strict, "the readers agree on digits");
     return 0;

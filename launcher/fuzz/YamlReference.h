@@ -1,6 +1,6 @@
 // YamlReference: reads launcher.yml as YamlReader does, for the two to be
 // compared. Slow and simple: the rules of the format one after the other, over
-// plain offsets and a list of nodes. Shares no code with the reader.
+// plain offsets, and no tree, but its lines. Shares no code with the reader.
 #pragma once
 
 #include <cstddef>
@@ -11,16 +11,14 @@
 #include "LauncherException.h"
 #include "MessageCatalogue.h"
 #include "MessageIds.h"
+#include "TextTrim.h"
+#include "YamlNode.h"
 
-/// A node as a line of text. The lengths tell two texts apart for certain.
-inline std::string renderYamlNode(std::size_t depth, int kind, std::string_view key,
-                                  std::string_view value)
+/// A node as a line of text, but for its depth. No value holds a line break.
+inline std::string renderYamlNode(YamlNode::Kind kind, std::string_view key, std::string_view value)
 {
-    std::string line = std::to_string(depth) + " " + std::to_string(kind);
-    for (const std::string_view text : {key, value}) {
-        line.append(" ").append(std::to_string(text.size())).append(":").append(text);
-    }
-    return line + "\n";
+    return " " + std::to_string(static_cast<int>(kind)) + " " + std::to_string(key.size()) + ":" +
+           std::string(key).append(":").append(value) + "\n";
 }
 
 class YamlReference final {
@@ -32,56 +30,25 @@ public:
     [[nodiscard]] std::string read()
     {
         while (at(pos_) != '\0') readLine();
-        std::string tree;
-        // Every node was made behind those that stand before it in the file.
-        for (std::size_t i = 1; i < nodes_.size(); ++i) {
-            Node& node = nodes_[i];
-            node.depth = node.parent == kRoot ? 0 : nodes_[node.parent].depth + 1;
-            tree += renderYamlNode(node.depth, node.kind, node.key, trimmed(node.value));
-        }
-        return tree;
+        return tree_;
     }
 
 private:
-    static constexpr std::size_t kRoot = 0, kNone = 0;
-    enum Kind { KeyValue = 0, SequenceItem = 1, Comment = 2 };
-
-    struct Node {
-        Kind kind = KeyValue;
-        std::string_view key;
-        std::string_view value;
-        std::size_t parent = kNone;
-        std::size_t lastChild = kNone;
-        std::size_t depth = 0;
-    };
+    using Kind = YamlNode::Kind;
 
     // What stands at an offset. Behind the text there are only NULs.
     [[nodiscard]] char at(std::size_t p) const { return p < text_.size() ? text_[p] : '\0'; }
     [[nodiscard]] bool isBreak(std::size_t p) const { return at(p) == '\r' || at(p) == '\n'; }
     [[nodiscard]] bool isPair(std::size_t p) const { return isBreak(p) && isBreak(p + 1); }
-    [[nodiscard]] bool isValue(std::size_t p) const
-    {
-        return at(p) != '\0' && !isBreak(p) && at(p) != '#';
-    }
+    [[nodiscard]] bool isInLine(std::size_t p) const { return at(p) != '\0' && !isBreak(p); }
+    [[nodiscard]] bool isValue(std::size_t p) const { return isInLine(p) && at(p) != '#'; }
     [[nodiscard]] bool isSeparator(std::size_t p) const
     {
         return (at(p) == ' ' || isBreak(p)) && p > 0 && at(p - 1) == ':';
     }
-    [[nodiscard]] bool isKey(std::size_t p) const { return isValue(p) && !isSeparator(p); }
-    [[nodiscard]] bool startsWith(std::string_view mark) const
+    [[nodiscard]] std::string_view valueFrom(std::size_t start) const
     {
-        return text_.substr(pos_).starts_with(mark);
-    }
-    [[nodiscard]] std::string_view from(std::size_t start, std::size_t end) const
-    {
-        return text_.substr(start, end - start);
-    }
-    static std::string_view trimmed(std::string_view text)
-    {
-        constexpr std::string_view kBlanks = " \t\r\n";
-        while (!text.empty() && kBlanks.find(text.front()) != kBlanks.npos) text.remove_prefix(1);
-        while (!text.empty() && kBlanks.find(text.back()) != kBlanks.npos) text.remove_suffix(1);
-        return text;
+        return trim(text_.substr(start, pos_ - start), " \t\r\n");
     }
 
     [[noreturn]] void fail(const char* id) const
@@ -89,21 +56,8 @@ private:
         throw LauncherException(formatMessage(id, static_cast<int>(pos_)));
     }
 
-    std::size_t add(Kind kind)
-    {
-        nodes_.push_back({});
-        nodes_.back().kind = kind;
-        return nodes_.size() - 1;
-    }
-    void append(std::size_t child, std::size_t parent)
-    {
-        nodes_[child].parent = parent;
-        nodes_[parent].lastChild = child;
-    }
-
     void readLine()
     {
-        current_ = kNone;
         std::size_t indent = 0;
         do {
             if (isPair(pos_)) {
@@ -113,90 +67,57 @@ private:
             for (; at(pos_) == ' '; ++pos_) ++indent;
         } while (isPair(pos_));
         if (at(pos_) == '\0') return;
-        if (at(pos_) == '-') {
-            readItem();
-        } else {
-            readKeyLine();
-        }
-        readLineEnd();
-        place(indent);
-    }
-
-    void readItem()
-    {
-        if (startsWith("---")) fail(IDS_YAML_MULTIPLE_DOCS);
-        if (at(pos_ + 1) != ' ') fail(IDS_YAML_WRONG_STRUCTURE);
-        ++pos_;
-        current_ = add(SequenceItem);
-        std::size_t valueStart = pos_;
-        ++pos_;
-        while (isKey(pos_)) ++pos_;
-        if (isSeparator(pos_)) {
-            nodes_[current_].key = from(valueStart, pos_ - 1);
-            valueStart = pos_;
-            ++pos_;
-            while (isValue(pos_)) ++pos_;
-        }
-        nodes_[current_].value = from(valueStart, pos_);
-    }
-
-    void readKeyLine()
-    {
-        if (startsWith("...")) fail(IDS_YAML_MULTIPLE_DOCS);
-        if (at(pos_) == '#') return;
-        current_ = add(KeyValue);
-        const std::size_t keyStart = pos_;
-        ++pos_;
-        while (isKey(pos_)) ++pos_;
-        if (!isSeparator(pos_)) fail(IDS_YAML_KEY_EXPECTED);
-        nodes_[current_].key = from(keyStart, pos_ - 1);
-        if (at(pos_) != ' ') return;
-        ++pos_;
-        while (at(pos_) == ' ' || at(pos_) == '\t') ++pos_;
-        const std::size_t valueStart = pos_;
-        if (at(pos_) != '\0') ++pos_;  // whatever it is, also a line break
-        while (isValue(pos_)) ++pos_;
-        nodes_[current_].value = from(valueStart, pos_);
-    }
-
-    void readLineEnd()
-    {
+        std::vector<std::string> nodes;
+        if (at(pos_) != '#') nodes.push_back(readNode());
         if (isPair(pos_)) ++pos_;
-        const char end = at(pos_);
-        if (end == '\0') return;
-        ++pos_;
-        if (end != '#') return;
-        const std::size_t comment = add(Comment);
-        const std::size_t valueStart = pos_;
-        while (at(pos_) != '\0' && !isBreak(pos_)) ++pos_;
-        nodes_[comment].value = from(valueStart, pos_);
-        if (current_ == kNone) {
-            current_ = comment;
-        } else {
-            append(comment, current_);
+        if (at(pos_) == '#') {
+            const std::size_t start = ++pos_;
+            while (isInLine(pos_)) ++pos_;
+            nodes.push_back(renderYamlNode(Kind::Comment, {}, valueFrom(start)));
         }
         if (at(pos_) != '\0') ++pos_;
+        std::size_t depth = depthOf(indent);
+        // A comment stands below what is there before it.
+        for (const std::string& node : nodes) tree_ += std::to_string(depth++) + node;
     }
 
-    void place(std::size_t indent)
+    std::string readNode()
+    {
+        const bool isItem = at(pos_) == '-';
+        const Kind kind = isItem ? Kind::SequenceItem : Kind::KeyValue;
+        if (text_.substr(pos_).starts_with(isItem ? "---" : "...")) fail(IDS_YAML_MULTIPLE_DOCS);
+        if (isItem && at(pos_ + 1) != ' ') fail(IDS_YAML_WRONG_STRUCTURE);
+        if (isItem) ++pos_;
+        std::size_t start = pos_++;
+        while (isValue(pos_) && !isSeparator(pos_)) ++pos_;
+        if (!isSeparator(pos_)) {
+            if (!isItem) fail(IDS_YAML_KEY_EXPECTED);
+            return renderYamlNode(kind, {}, valueFrom(start));
+        }
+        const std::string_view key = text_.substr(start, pos_ - 1 - start);
+        if (!isItem) {
+            if (isBreak(pos_)) return renderYamlNode(kind, key, {});
+            while (at(pos_) == ' ' || at(pos_) == '\t') ++pos_;
+        }
+        start = pos_;
+        if (at(pos_) != '\0') ++pos_;  // whatever it is, also a line break
+        while (isValue(pos_)) ++pos_;
+        return renderYamlNode(kind, key, valueFrom(start));
+    }
+
+    std::size_t depthOf(std::size_t indent)
     {
         if (indent > indents_.back()) {
-            parent_ = nodes_[parent_].lastChild;
-            if (parent_ == kNone) fail(IDS_YAML_WRONG_STRUCTURE);
+            if (tree_.empty()) fail(IDS_YAML_WRONG_STRUCTURE);
             indents_.push_back(indent);
         }
-        while (indents_.back() > indent) {
-            parent_ = nodes_[parent_].parent;
-            indents_.pop_back();
-        }
+        while (indents_.back() > indent) indents_.pop_back();
         if (indents_.back() != indent) fail(IDS_YAML_WRONG_INDENT);
-        append(current_, parent_);
+        return indents_.size() - 1;
     }
 
     std::string_view text_;
     std::size_t pos_ = 0;
-    std::vector<Node> nodes_{Node{}};  ///< the root, then the nodes as they come
+    std::string tree_;
     std::vector<std::size_t> indents_{0};
-    std::size_t parent_ = kRoot;
-    std::size_t current_ = kNone;
 };
