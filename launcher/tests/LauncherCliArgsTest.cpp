@@ -20,15 +20,15 @@ protected:
 
 TEST_F(LauncherCliArgsTest, KeepsEveryValueAndLogsIt)
 {
-    create(
-        L"start --instance=@ --daemon --quiet --procname=p --workdir=w --pidfile=f "
-        L"--servicename=s --javahome=j --jvmdll=d --jvmopt=-Da=b --jvmopt -c --jclasspath=cp "
-        L"--jmodulepath=mp --jifaceclass=a.B --jifacearg --x --jifacearg= --cstd=@/new/all "
-        L"--clog=@/./log")
-        ->logState();
-    create(L"start")->logState();
-    create(L"stop --pidfile f --pid=3 --fast")->logState();
-    create(L"no")->logState();
+    for (const wchar_t* words :
+         {L"start --instance=@ --daemon --quiet --procname=p --workdir=w --pidfile=f "
+          L"--servicename=s --javahome=j --jvmdll=d --jvmopt=-Da=b --jvmopt -c --jclasspath=cp "
+          L"--jmodulepath=mp --jifaceclass=a.B --jifacearg --x --jifacearg= --cstd=@/new/all "
+          L"--clog=@/./log",
+          L"start", L"stop --pidfile f --pid=2147483647 --fast --timeout=18446744073709551615",
+          L"no"}) {
+        create(words)->logState();
+    }
     const std::wstring prefix = L"INFO LauncherCliArgs.logState: Mode is ";
     const std::wstring expected[] = {
         (L"Start. Environment: --quiet=true, --cerr=@/new/all, --cout=@/new/all, --daemon=true, "
@@ -38,37 +38,18 @@ TEST_F(LauncherCliArgsTest, KeepsEveryValueAndLogsIt)
         L"Start. JVM options: options='-Dinstance.root=@;-Da=b;-c'",
         L"Start. main class args: args=--x;",
         L"Start. JVM options: options=empty",
-        L"Stop. Environment: --pidfile=f, --pid=3, --timeout=empty, --fast=true, --cout=, --cerr=",
+        (L"Stop. Environment: --pidfile=f, --pid=2147483647, --timeout=18446744073709551615, "
+         L"--fast=true, "
+         L"--cout=, --cerr="),
         L"Error. Errors=\"Unknown mode 'no'\"",
     };
     for (const std::wstring& record : expected) EXPECT_TRUE(log_.holds(prefix + at(record)));
 }
 
-TEST_F(LauncherCliArgsTest, TakesWholeDecimalNumbersOnly)
-{
-    const std::pair<std::wstring, std::wstring> cases[] = {
-        {L"--pid=2147483647", L""},
-        {L"--pid=0", L"Invalid PID: '0'"},
-        {L"--pid=-5", L"Invalid PID: '-5'"},
-        {L"--pid=2147483648", L"Invalid PID syntax: '2147483648'"},
-        {L"--timeout=0", L""},
-        {L"--timeout=18446744073709551615", L""},
-        {L"--timeout=18446744073709551616", L"Invalid timeout '18446744073709551616'"},
-        {L"--timeout=-1", L"Invalid timeout '-1'"},
-        {L"--timeout=1s", L"Invalid timeout '1s'"},
-    };
-    for (const auto& [word, error] : cases) {
-        const auto args = create(L"stop " + word);
-        EXPECT_EQ(args->getErrors(), error);
-        EXPECT_EQ(args->getMode(), error.empty() ? Mode::Stop : Mode::Error) << word;
-        args->logState();
-        EXPECT_EQ(log_.lines().back().find(word + L",") != std::wstring::npos, error.empty());
-    }
-}
-
-TEST_F(LauncherCliArgsTest, RecordsProblemsOfPathsAndGoesOn)
+TEST_F(LauncherCliArgsTest, RecordsWhatCannotBeUsed)
 {
     dir_.write("file", "");
+    const std::wstring twice = L" can not be duplicated, only one occurrence is allowed";
     const std::wstring read = L" Error: Cannot read file '";
     const std::wstring denied =
         L"' destination '@/' is not accessible." + read + L"@/'. Error: (21) Is a directory";
@@ -76,18 +57,28 @@ TEST_F(LauncherCliArgsTest, RecordsProblemsOfPathsAndGoesOn)
         std::wstring words, errors;
         bool redirection = true, log = true;
     } cases[] = {
-        {L"--instance=@/file/x", L"Cannot set instance root: '@/file/x'." + read +
-                                     L"@/file/x'. Error: (20) Not a directory"},
-        {L"--cstd=@/ --instance=@/file",
+        {L"-h --help", L"--help | -? | -h" + twice},
+        {L"start -x --quiet --pi=1 --jvmopt= --pidfile",
+         L"Unexpected CLI arguments: -x\nUnexpected CLI arguments: --pi=1\n"
+         L"Option --pidfile value is not set"},
+        {L"stop --pid=1 --pid 2", L"--pid" + twice},
+        {L"stop --pid --fast", L"Invalid PID syntax: '--fast'"},
+        {L"stop --pid=0", L"Invalid PID: '0'"},
+        {L"stop --pid=2147483648", L"Invalid PID syntax: '2147483648'"},
+        {L"stop --timeout=-1", L"Invalid timeout '-1'"},
+        {L"stop --timeout=1s", L"Invalid timeout '1s'"},
+        {L"start --instance=@/file/x", L"Cannot set instance root: '@/file/x'." + read +
+                                           L"@/file/x'. Error: (20) Not a directory"},
+        {L"start --cstd=@/ --instance=@/file",
          L"'--cout" + denied + L"\n'--cerr" + denied +
              L"\nCannot set instance root, because '@/file' is a file.",
          false},
-        {L"--clog=@/", L"'--clog" + denied, true, false},
-        {L"--cerr=e --cstd=c --cout=o", L"--cout is conflicting with --cstd", false},
-        {L"--cerr=e --cstd=c", L"--cerr is conflicting with --cstd", false},
+        {L"start --clog=@/", L"'--clog" + denied, true, false},
+        {L"start --cerr=e --cstd=c --cout=o", L"--cout is conflicting with --cstd", false},
+        {L"start --cerr=e --cstd=c", L"--cerr is conflicting with --cstd", false},
     };
     for (const auto& c : cases) {
-        const auto args = create(L"start " + c.words);
+        const auto args = create(c.words);
         EXPECT_EQ(args->getMode(), Mode::Error);
         EXPECT_EQ(args->getErrors(), at(c.errors));
         EXPECT_EQ(args->isRedirectionUsable(), c.redirection) << c.errors;
@@ -95,12 +86,27 @@ TEST_F(LauncherCliArgsTest, RecordsProblemsOfPathsAndGoesOn)
     }
 }
 
+TEST_F(LauncherCliArgsTest, HelpDescribesItselfBehindASwitchThatNamesNoMode)
+{
+    CaptureStdout();
+    EXPECT_EQ(create(L"help -h stop")->getMode(), Mode::Usage);
+    const std::wstring usage = toWide(GetCapturedStdout());
+    std::size_t place = 0;
+    for (const wchar_t* part :
+         {L"  launcher  help ", L"\n\nCommon parameters:\n\n    --help | -? | -h\n",
+          L"\n\nMode:\n\n    help\n", L"\n\nParameters:\n\n    start\n"}) {
+        place = usage.find(part, place);
+        ASSERT_NE(place, usage.npos) << part;
+    }
+}
+
 TEST_F(LauncherCliArgsTest, ErrorsReachTheLogAndTheRealOutput)
 {
     const std::pair<std::wstring, bool> cases[] = {
-        {L"start --clog=@/log --instance=/no", true}, {L"start --clog=@/./log --cerr=@/log", false},
-        {L"start --clog=@/log --cstd=@/o", false},    {L"start --clog=@/log --what", false},
-        {L"stop --clog=@/log --pid=x", false},
+        {L"start --clog=@/log --instance=/no", true},
+        {L"start --clog=@/./log --cerr=@/log", false},
+        {L"start --clog=@/log --cstd=@/o", false},
+        {L"start --clog=@/log --what", false},
     };
     for (const auto& [words, redirected] : cases) {
         std::filesystem::remove(dir_ / "o");
