@@ -11,27 +11,25 @@
 
 /// An isolate and its one thread.
 struct graal_isolatethread_t {
-    int number;  // from 1
-    std::list<std::string> texts;
+    std::list<std::string> texts;  // unreadable after its end
 };
 
 namespace {
 
-std::ofstream calls()
-{
-    const char* const file = std::getenv("FAKE_INVENTORY_CALLS");
-    return file ? std::ofstream(file, std::ios::app) : std::ofstream();
-}
-
-int result(const char* variable)
+const char* setting(const char* variable, const char* otherwise)
 {
     const char* const value = std::getenv(variable);
-    return value ? std::atoi(value) : 0;
+    return value ? value : otherwise;
+}
+
+std::ofstream calls()
+{
+    return std::ofstream(setting("FAKE_INVENTORY_CALLS", "/dev/null"), std::ios::app);
 }
 
 const char* text(graal_isolatethread_t* thread, const char* variable)
 {
-    const char* const value = std::getenv(variable);
+    const char* const value = setting(variable, nullptr);
     return value ? thread->texts.emplace_back(value).c_str() : nullptr;
 }
 
@@ -40,31 +38,30 @@ const char* text(graal_isolatethread_t* thread, const char* variable)
 extern "C" int graal_create_isolate(void* parameters, void** isolate,
                                     graal_isolatethread_t** thread)
 {
-    static int count = 0;
     calls() << "create " << (parameters ? "parameters" : "null") << '\n';
-    const int code = result("FAKE_INVENTORY_CREATE");
-    if (code == 0) *isolate = *thread = new graal_isolatethread_t{++count, {}};
+    const int code = std::atoi(setting("FAKE_INVENTORY_CREATE", "0"));
+    if (code == 0) *isolate = *thread = new graal_isolatethread_t;
     return code;
 }
 
 extern "C" int graal_tear_down_isolate(graal_isolatethread_t* thread)
 {
-    calls() << "tear down " << thread->number << '\n';
+    calls() << "tear down\n";
     for (std::string& text : thread->texts) explicit_bzero(text.data(), text.size());
     delete thread;
-    return result("FAKE_INVENTORY_TEAR_DOWN");
+    return std::atoi(setting("FAKE_INVENTORY_TEAR_DOWN", "0"));
 }
 
 extern "C" const char* findJavaComponent(graal_isolatethread_t* thread, std::int32_t version,
                                          const char* arch, const char* launcher, void* reserved)
 {
-    calls() << "find " << thread->number << ' ' << version << ' ' << arch << ' ' << launcher << ' '
+    calls() << "find " << version << ' ' << arch << ' ' << launcher << ' '
             << (reserved ? "reserved" : "null") << '\n';
     return text(thread, "FAKE_INVENTORY_PATH");
 }
 
 extern "C" const char* getLastError(graal_isolatethread_t* thread)
 {
-    calls() << "error " << thread->number << '\n';
+    calls() << "error\n";
     return text(thread, "FAKE_INVENTORY_ERROR");
 }
