@@ -1,13 +1,12 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <regex>
 
 #include "AdditionalTexts.h"
-#include "LocalizationResource_Root.h"
+#include "LinuxSystemUtils.h"
 #include "LocalizationResource_Ru.h"
+#include "LocalizationSupport.h"
 #include "MessageIds.h"
-#include "ScopedTempDir.h"
+#include "UnitTest.h"
 
 namespace {
 
@@ -21,17 +20,18 @@ std::string placeholders(std::string_view text)
     return found;
 }
 
-TEST(MessageTablesTest, RussianSaysAllThatEnglishSaysAndTwoThingsMore)
+MessageTexts textsOf(const ILocalizationResource& language)
 {
-    MessageTexts english, russian;
-    LocalizationResource_Root().fill(english);
-    LocalizationResource_Ru().fill(russian);
-    EXPECT_EQ(english.size(), 124u);
-    EXPECT_EQ(russian.size(), 126u);
-    insertAdditionalTexts(L"en", english);
-    insertAdditionalTexts(L"ru", russian);
-    EXPECT_TRUE(russian.contains(IDS_JVN_LIB) && russian.contains(IDS_CWD_CHANGED_TO));
-    for (const auto& [id, original] : english) {
+    MessageTexts texts;
+    language.fill(texts);
+    insertAdditionalTexts(language.getLanguage(), texts);
+    return texts;
+}
+
+TEST(MessageTablesTest, RussianSaysAllThatEnglishSays)
+{
+    const MessageTexts russian = textsOf(LocalizationResource_Ru());
+    for (const auto& [id, original] : textsOf(LocalizationResource_Root())) {
         ASSERT_TRUE(russian.contains(id)) << id;
         const std::string_view text = russian.at(id), before = original;
         EXPECT_TRUE(std::any_of(text.begin(), text.end(), [](char c) { return c < 0; })) << id;
@@ -48,16 +48,30 @@ TEST(MessageTablesTest, TheDocumentsTellWhatToDoAboutEachText)
     std::string document = std::regex_replace(readText(TROUBLESHOOTING), std::regex("\\s+"), " ");
     document = std::regex_replace(document, std::regex("<[a-z]+>"), "%");
     const std::size_t reserved = document.find("## Texts of the usage, and reserved ones");
-    MessageTexts english;
-    LocalizationResource_Root().fill(english);
-    insertAdditionalTexts(L"en", english);
-    for (const auto& [id, text] : english) {
+    for (const auto& [id, text] : textsOf(LocalizationResource_Root())) {
         if (std::string_view(id).starts_with("IDS_CLI")) continue;  // of the usage
         const std::size_t told = document.find('`' + std::string(id) + '`');
         ASSERT_NE(told, std::string::npos) << id;
         if (told > reserved) continue;
         const std::string said = '`' + std::regex_replace(text, std::regex("%ls|%d"), "%") + '`';
         EXPECT_NE(document.find(said), std::string::npos) << id << ": " << said;
+    }
+}
+
+TEST(MessageTablesTest, TheFirstCatalogueStaysTheActiveOneAndFillsTextsOfAnyLength)
+{
+    {
+        const ScopedCatalogue russian{LocalizationResource_Ru()};
+        std::ignore = LocalizationSupport(LinuxSystemUtils());
+        EXPECT_EQ(formatMessage(IDS_STARTUP_HEADER, std::wstring(L"тест"), L"3", -7),
+                  L"тест запущен (launcher 3, x86-64), PID=-7");
+        EXPECT_EQ(formatMessage(IDS_INVALID_TIMEOUT, std::wstring(5000, L'ж')).size(), 5026u);
+    }
+    EXPECT_EQ(raised([] { return getMessage(IDS_NORMAL_EXIT); }),
+              L"21 LocalizationSupport was not initialized.");
+    const ScopedCatalogue english;
+    for (const char* id : {IDS_CANNOT_FIND_JFIELD, IDS_JVN_LIB, IDS_CWD_CHANGED_TO}) {
+        EXPECT_EQ(getMessage(id), toWide(id));  // which no table of this language holds
     }
 }
 
