@@ -25,7 +25,6 @@ TEST_F(CodeBaseOptionsTest, ResolvesMasksFilesAndDirectories)
         {L"lib/d*g:?.jar", {L"lib/dangling"}},
         // Unanchored, and '.' stands for any character.
         {L"lib\\app.jar", {L"lib/app-jar.txt", L"lib/app.jar", L"lib/myapp.jar"}},
-        {L"*.jar", {L"имя.jar"}},
         {at(L":@/lib/sub/:lib/none.jar::lib/no/*:*r$"), {L"lib/sub/deep.jar", L"имя.jar"}},
     };
     for (const auto& [pathList, names] : cases) {
@@ -37,10 +36,8 @@ TEST_F(CodeBaseOptionsTest, ResolvesMasksFilesAndDirectories)
         EXPECT_EQ(found, names);
     }
     EXPECT_EQ(log_.count(L"WARN Daemon.resolveWildcards: Skipping empty file mask"), 2);
-    for (const wchar_t* path : {L"li*/x.jar", L"li?/x.jar"}) {
-        EXPECT_TRUE(
-            raised([&] { return resolveWildcards(path); }).starts_with(L"2 Only file names"));
-    }
+    EXPECT_TRUE(
+        raised([] { return resolveWildcards(L"li?/x.jar"); }).starts_with(L"2 Only file names"));
     std::filesystem::current_path("/");
 }
 
@@ -53,7 +50,6 @@ TEST_F(CodeBaseOptionsTest, WarnsOfEntriesThatAreNoneOfJava)
         {"b.jar", "b-jar", more, L"^b[.]jar$"},
         {"c[1].jar", "c1.jar", wrong, L"^c[[]1][.]jar$"},
         {"d*^", "d.^", more, L"^d[)-+]^$"},
-        {"^e$", "e", wrong, L"^^e$$"},
     };
     const std::wstring start = L"WARN Daemon.resolveWildcards: ";
     for (const auto& [name, other, message, instead] : cases) {
@@ -78,19 +74,20 @@ TEST_F(CodeBaseOptionsTest, WarnsOfDirectoriesWithoutArchives)
         {"conf/package/app.properties", L"a jar of it"},
         {"conf/app.properties", at(L"'--jvmopt=-Xbootclasspath/a:@/conf'")},
         {"conf/App.class", L"a jar of it"},
-        {"conf/A.JAR", L""},
     };
     std::filesystem::create_directory(dir_ / "conf");
     std::ignore = resolveWildcards(at(L"@/conf"));
     EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));  // empty
+    const std::wstring record =
+        at(L"WARN Daemon.resolveWildcards: Class path directory holds no archive pathMask=@/conf, "
+           L"instead=");
     for (const auto& [file, instead] : files) {
         dir_.write(file, "");
         std::ignore = resolveWildcards(at(L"@/conf/"));
-        const std::wstring record =
-            L"WARN Daemon.resolveWildcards: Class path directory holds no "
-            L"archive pathMask=@/conf, instead=";
-        EXPECT_EQ(log_.lines().back() == at(record) + instead, !instead.empty()) << file;
+        EXPECT_EQ(log_.lines().back(), record + instead) << file;
     }
+    dir_.write("conf/A.JAR", "");
+    std::ignore = resolveWildcards(at(L"@/conf"));
     EXPECT_TRUE(log_.lines().back().starts_with(L"INFO"));
 }
 

@@ -13,7 +13,6 @@
 #include "JavaLibResolver.h"
 #include "LauncherCliArgs.h"
 #include "LauncherConfig.h"
-#include "MessageIds.h"
 #include "ScopedEnvironment.h"
 #include "ServiceInstanceParameters.h"
 #include "UnitTest.h"
@@ -28,10 +27,10 @@ struct FakeJavaFinder final : IJavaFinder {
         asked.push_back(minimalJavaVersion);
         return result;
     }
-    const std::wstring& getErrors() const override { return errors; }
+    const std::wstring& getErrors() const override { return none; }
 
     JavaFinderResult result;
-    std::wstring errors;
+    const std::wstring none;
     std::vector<std::int32_t> asked;
 };
 
@@ -46,6 +45,7 @@ protected:
         const auto ini = ServiceInstanceParameters::create(L"service.ini", dir_.wide() + L"/");
         parameters_ = std::make_unique<LauncherParameters>(*cliArgs_, *ini, *config_,
                                                            JavaLibResolver(), finder_);
+        parameters_->logState();
         return *parameters_;
     }
     void configure(const std::string& entries) const
@@ -67,7 +67,7 @@ TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
         "  quiet: true\n  work-dir: ${launcher.dir}/y\n  jvm-opts:\n  - -D3\n"
         "  main-class-args:\n  - a\n  - b\n");
     dir_.write("service.ini", "JAVA_OPT=-D2");
-    const ScopedEnvironment jvmOpts("JVM_OPTS", "-D4");
+    const ScopedEnvironment jvmOpts("JVM_OPTS", " -D4=b c\t--jvmopt\r\n--jvmopt--jvmopt-D5 ");
     const auto texts = [this] {
         return Texts{parameters_->getClassPath(), parameters_->getModulePath(),
                      parameters_->getMainClass(), parameters_->getPidFile(),
@@ -75,15 +75,13 @@ TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
     };
     merge(L"start --jvmdll x");
     EXPECT_EQ(texts(), (Texts{L"c", L"m", L"C", L"p", at(L"@/y")}));
-    EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D2", L"-D3", L"-D4"}));
-    EXPECT_EQ(parameters_->getMainClassArguments(), (Texts{L"a", L"b"}));
     EXPECT_TRUE(parameters_->isQuiet() && !parameters_->isDaemon());
 
     merge(
         L"start --jvmdll x --jclasspath 1 --jmodulepath 2 --jifaceclass 3 --pidfile 4 "
         L"--workdir @/y/../5 --javahome /no --jvmopt -D1 --jifacearg b");
     EXPECT_EQ(texts(), (Texts{L"1", L"2", L"3", L"4", at(L"@/5")}));
-    EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D1", L"-D2", L"-D3", L"-D4"}));
+    EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D1", L"-D2", L"-D3", L"-D4=b c", L"-D5"}));
     EXPECT_EQ(parameters_->getMainClassArguments(), (Texts{L"b", L"a", L"b"}));
     // A given library needs no Java home, and a module path no class path.
     EXPECT_EQ(parameters_->getJvmLibraryPath(), L"x");
@@ -93,133 +91,75 @@ TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
 
 TEST_F(LauncherParametersTest, TakesTheFirstJavaHomeThatIsSet)
 {
-    for (const char* home : {"found", "yml", "ini", "cli"}) {
-        dir_.write(std::string(home) + "/lib/server/libjvm.so", "");
-    }
-    const auto home = [this](const std::wstring& option = L"") {
-        const std::wstring& chosen = merge(L"start --jclasspath a" + option).getJavaHome();
-        EXPECT_EQ(parameters_->getJvmLibraryPath(), chosen + L"/lib/server/libjvm.so");
-        parameters_->logState();
-        return chosen;
+    const auto expectHome = [this](const std::string& home, const std::wstring& record) {
+        const std::wstring library = dir_.wide(home + "/lib/server/libjvm.so");
+        dir_.write(home + "/lib/server/libjvm.so", "");
+        const std::wstring option = home == "cli" ? L" --javahome @/cli" : L"";
+        EXPECT_EQ(merge(L"start --jclasspath a" + option).getJvmLibraryPath(), library);
+        EXPECT_TRUE(log_.holds(at(L"INFO LauncherParameters." + record))) << home;
     };
+    const std::wstring configured = L"detectJavaHome: Using JAVA_HOME from ";
+    configure("  minimal-java-version: 17");
     finder_.result = {at(L"@/found"), true};
-    EXPECT_EQ(home(), at(L"@/found"));
-    configure("  minimal-java-version: 17\n  java-home: ${launcher.dir}/yml");
-    EXPECT_EQ(home(), at(L"@/yml"));
-    EXPECT_EQ(parameters_->getMinimalJavaVersion(), 17);
+    expectHome("found",
+               L"logState: Using a JAVA_HOME value from a system environment JavaHome=@/found");
+    configure("  java-home: ${launcher.dir}/yml");
+    expectHome("yml", configured + L"Launcher config file (launcher.yml) java-home parameter.");
     dir_.write("service.ini", "JAVA_HOME=" + dir_ / "ini");
-    EXPECT_EQ(home(), at(L"@/ini"));
-    EXPECT_EQ(home(L" --javahome @/cli"), at(L"@/cli"));
-    EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{8});
-    const std::wstring start = L"INFO LauncherParameters.";
-    const std::wstring noJvmOpts =
-        start + L"logState: JVM_OPTS environment variable is not defined or empty";
-    const std::wstring using_ = start + L"detectJavaHome: Using JAVA_HOME from ";
-    EXPECT_EQ(
-        log_.lines(),
-        (Texts{at(start + L"logState: Using a JAVA_HOME value from a system environment "
-                          L"JavaHome=@/found"),
-               noJvmOpts, using_ + L"Launcher config file (launcher.yml) java-home parameter.",
-               noJvmOpts, using_ + L"service ini file --javahome parameter.", noJvmOpts,
-               at(using_ + L"--javahome command line argument. path=@/cli"), noJvmOpts}));
-}
-
-TEST_F(LauncherParametersTest, AsksForAJavaOfTheMinimalVersionAndKeepsWhatWentWrong)
-{
-    configure("  minimal-java-version: 21");
-    finder_.errors = L"inventory failed";
-    EXPECT_EQ(merge(L"start --jclasspath a").getErrors(),
-              L"inventory failed\n" + getMessage(IDS_CANNOT_GUESS_JAVAHOME));
-    EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{21});
-    EXPECT_EQ(parameters_->getErrorCode(), 0u);
-    EXPECT_TRUE(log_.holds(L"ERROR LauncherParameters.detectJavaHome: inventory failed"));
-
-    // Also with a Java the error stops the start.
-    dir_.write("lib/server/libjvm.so", "");
-    finder_.result.path = dir_.wide();
-    merge(L"start --jclasspath a").logState();
-    EXPECT_EQ(parameters_->getErrors(), L"inventory failed");
-    EXPECT_EQ(log_.lines().back(),
-              L"INFO LauncherParameters.logState: Launch configuration failure.");
-
-    configure("  nonsense: x");
-    EXPECT_TRUE(merge(L"start --jclasspath a --jvmdll x").hasErrors());
-    EXPECT_EQ(parameters_->getErrorCode(), 2u);
+    expectHome("ini", configured + L"service ini file --javahome parameter.");
+    expectHome("cli", configured + L"--javahome command line argument. path=@/cli");
+    EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{17});
 }
 
 TEST_F(LauncherParametersTest, ChoosesTheBannerByLanguage)
 {
-    const auto banner = [this](const std::wstring& options, const char* locale) {
+    const std::tuple<const char*, std::wstring, const char*, std::wstring> cases[] = {
+        {"    ru: r\n    en: e", L" --jvmopt -Da --jvmopt -Duser.language=RU", "C", L"r"},
+        {"    ru: r\n    en: e", L" --jvmopt -Duser.language=de", "C", L"e"},
+        {"    en: e\n    en_US: u", L" --jvmopt -Duser.language=", "C", L"u"},
+        {"    en: e", L"", "de_DE@euro", L"d"},
+    };
+    for (const auto& [texts, options, locale, banner] : cases) {
         const ScopedEnvironment lcAll("LC_ALL", locale);
-        return merge(L"start --jvmdll x --jclasspath a" + options).getUserStartupMessage();
-    };
-    EXPECT_EQ(banner(L"", "C"), L"");
-    configure("  banner:\n    default: d\n    ru: r\n    en: e\n");
-    EXPECT_EQ(banner(L" --jvmopt -Da --jvmopt -Duser.language=RU", "C"), L"r");
-    EXPECT_EQ(log_.lines(), Texts{L"INFO LauncherParameters.getUserStartupMessage: Language is "
-                                  L"explicitly set using JvmOpts language=ru"});
-    for (const wchar_t* other :
-         {L"", L" --jvmopt -Duser.language=de", L" --jvmopt -Duser.language="}) {
-        EXPECT_EQ(banner(other, "C"), L"e");
+        configure("  banner:\n    default: d\n" + std::string(texts));
+        EXPECT_EQ(merge(L"start --jvmdll x" + options).getUserStartupMessage(), banner);
     }
-    configure("  banner:\n    default: d\n    en: e\n    en_US: u");
-    EXPECT_EQ(banner(L"", "C"), L"u");
-    EXPECT_EQ(banner(L"", "de_DE@euro"), L"d");
-}
-
-TEST_F(LauncherParametersTest, SplitsJvmOptsAtEveryMarker)
-{
-    const std::pair<const char*, Texts> cases[] = {
-        {"", {L"-Dfirst"}},
-        {"  --jvmopt  ", {L"-Dfirst"}},
-        {"--jvmopt-Xmx1g", {L"-Dfirst", L"-Xmx1g"}},
-        {" -Da=b c\t--jvmopt\r\n--jvmopt -Dd", {L"-Dfirst", L"-Da=b c", L"-Dd"}},
-    };
-    for (const auto& [value, options] : cases) {
-        const ScopedEnvironment jvmOpts("JVM_OPTS", value);
-        merge(L"start --jvmdll x --jclasspath a --jvmopt -Dfirst").logState();
-        EXPECT_EQ(parameters_->getJvmOptions(), options) << value;
-    }
-    const std::wstring logState = L"INFO LauncherParameters.logState: ";
-    EXPECT_TRUE(log_.holds(logState + L"JVM_OPTS environment variable is not defined or empty"));
-    EXPECT_TRUE(log_.holds(logState + L"Adding JVM_OPTS to JVM arguments JVM_OPTS=  --jvmopt  "));
+    EXPECT_TRUE(
+        log_.holds(L"INFO LauncherParameters.getUserStartupMessage: Language is explicitly set "
+                   L"using JvmOpts language=ru"));
 }
 
 TEST_F(LauncherParametersTest, ReadsOnlyDigitsFromThePidFileOfAnother)
 {
-    const std::tuple<std::string_view, std::int32_t, std::wstring> cases[] = {
-        {"2147483647", 2147483647, L""},
-        {{"42\0x", 4}, 42, L""},
-        {"12345678901", -1, L"Extra characters in PID file '@/pid'"},
-        {"2147483648", -1, L"Illegal characters in PID file '@/pid'"},
-        {" 42", -1, L"Illegal characters in PID file '@/pid'"},
-        {{"\0", 1}, -1, L"Illegal characters in PID file '@/pid'"},
+    const std::wstring illegal = L"Illegal characters in PID file '@/pid'";
+    const std::tuple<std::string, std::int32_t, std::uint32_t, std::wstring> cases[] = {
+        {"2147483647", 2147483647, 0, L""},
+        {{"42\0x", 4}, 42, 0, L""},
+        {"12345678901", -1, 0, L"Extra characters in PID file '@/pid'"},
+        {"2147483648", -1, 0, illegal},
+        {{"\0", 1}, -1, 0, illegal},
+        {std::string(10 * 1024 * 1024 + 1, '1'), -1, 20, L"File '@/pid' is too big"},
     };
-    for (const auto& [content, pid, errors] : cases) {
+    for (const auto& [content, pid, code, errors] : cases) {
         dir_.write("pid", content);
-        EXPECT_EQ(merge(L"stop --pidfile @/pid").getPidToStop(), pid) << content;
+        EXPECT_EQ(merge(L"stop --pidfile @/pid").getPidToStop(), pid);
         EXPECT_EQ(parameters_->getErrors(), at(errors));
-        EXPECT_EQ(parameters_->getErrorCode(), 0u);
+        EXPECT_EQ(parameters_->getErrorCode(), code);
     }
-    dir_.write("pid", std::string(10 * 1024 * 1024 + 1, '1'));
-    EXPECT_EQ(merge(L"stop --pidfile @/pid").getErrorCode(), 20u);
-    EXPECT_EQ(parameters_->getErrors(), at(L"File '@/pid' is too big"));
 }
 
 TEST_F(LauncherParametersTest, WaitsForAPidFileThatIsBeingWritten)
 {
-    const std::string file = dir_.write("pid", "");
     const FileDescriptor looks(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    ASSERT_GE(inotify_add_watch(looks.get(), file.c_str(), IN_OPEN), 0);
+    ASSERT_GE(inotify_add_watch(looks.get(), dir_.write("pid", "").c_str(), IN_OPEN), 0);
     auto lock = std::make_unique<FileLock>(dir_.wide("pid"), FileLock::Missing::Create);
     std::jthread writer([&] {
         std::size_t seen = 0;  // a lock is tried for again and again
-        const bool isWaitedFor = waitUntil([&] {
+        EXPECT_TRUE(waitUntil([&] {
             inotify_event look{};
             if (read(looks.get(), &look, sizeof look) > 0) ++seen;
             return seen == 20;
-        });
-        EXPECT_TRUE(isWaitedFor);
+        }));
         dir_.write("pid", "42");
         lock = nullptr;
     });
