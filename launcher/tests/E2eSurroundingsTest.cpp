@@ -1,11 +1,6 @@
 // The launcher where the system gives it less than usual: few rights, little room,
 // odd names, nothing of its parent. Single calls that fail are tried in launcher/faults.
 #include <fcntl.h>
-#include <grp.h>
-#include <linux/close_range.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,58 +20,13 @@ constexpr bool kSanitized = true;
 constexpr bool kSanitized = false;
 #endif
 
-constexpr uid_t kRoot = 0, kNobody = 65534, kOwn = 199'999;
+// For LauncherRun::shell().
+const std::string becomeNobody = R"(exec setpriv --reuid=65534 --regid=65534 --clear-groups "$@")";
 
-/// In the process that becomes a launcher, as all that uses it: what cannot be
-/// done ends the process.
-void require(bool done)
+/// What `script` mounts, nobody else sees.
+std::string apart(const std::string& script)
 {
-    if (!done) _exit(125);
-}
-
-void becomeUser(uid_t id)
-{
-    require(setgroups(0, nullptr) == 0 && setgid(id) == 0 && setuid(id) == 0);
-}
-
-/// Mounts that nobody else sees, and their end with the last process.
-void leaveNamespaces(int others = 0)
-{
-    require(unshare(CLONE_NEWNS | others) == 0 &&
-            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0);
-}
-
-/// Goes on in a new process, and ends as that does.
-void goOnInChild()
-{
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const pid_t child = fork();
-    if (child == 0) return;
-    const int status = ChildProcesses::waitForExit(child);
-    _exit(status < 0 ? 128 - status : status);
-}
-
-std::function<void()> limit(__rlimit_resource resource, rlim_t value)
-{
-    return [=] {
-        require(close_range(3, ~0U, CLOSE_RANGE_CLOEXEC) == 0);  // what the test has inherited
-        const rlimit both{value, value};
-        require(setrlimit(resource, &both) == 0);
-        // Root has as many threads as it wants, and nobody else is this user.
-        if (resource == RLIMIT_NPROC && geteuid() == kRoot) becomeUser(kOwn);
-    };
-}
-
-/// Whether this process may do to its children what the tests do.
-bool hasRights()
-{
-    const pid_t pid = fork();
-    if (pid == 0) {
-        leaveNamespaces(CLONE_NEWPID);
-        becomeUser(kNobody);
-        _exit(0);
-    }
-    return ChildProcesses::waitForExit(pid) == 0;
+    return "exec unshare --mount sh -c '" + script + R"(' sh "$@")";
 }
 
 class SurroundingsE2eTest : public JdkTest {
@@ -89,9 +39,9 @@ protected:
         return run.arg("--jclasspath=" + jar);
     }
     /// Asks the service of the PID file to stop.
-    [[nodiscard]] LauncherResult stop(const std::function<void()>& before) const
+    [[nodiscard]] LauncherResult stop(const std::string& script) const
     {
-        return launcher("stop --pidfile").arg(dir / "service.pid").before(before).run();
+        return launcher("stop --pidfile").arg(dir / "service.pid").shell(script).run();
     }
 };
 // What the system refuses it refuses with every JDK.
@@ -101,8 +51,9 @@ class RightsE2eTest : public SurroundingsE2eTest {
 protected:
     void SetUp() override
     {
-        static const bool allowed = hasRights();
-        if (!allowed) GTEST_SKIP() << "needs the rights to mount and to become another user";
+        const std::string script = "unshare --pid --fork true && " + apart(becomeNobody);
+        const LauncherResult attempt = launcher("").program("/bin/true").shell(script).run();
+        if (attempt.status != 0) GTEST_SKIP() << "needs more rights: " << attempt.err;
         openToAllUsers();
     }
 };
@@ -111,11 +62,9 @@ FOR_NEWEST_JDK(RightsE2eTest);
 TEST_P(RightsE2eTest, ClosedStreamsTakeNoFileOfTheLauncher)
 {
     for (const bool hasDevices : {true, false}) {
-        LauncherRun run = service("start=ready,wait stop=release").before([=] {
-            leaveNamespaces();
-            require(hasDevices || mount("", "/dev", "tmpfs", 0, "") == 0);
-            close_range(STDIN_FILENO, STDERR_FILENO, 0);
-        });
+        const std::string hide = hasDevices ? "" : "mount -t tmpfs none /dev && ";
+        LauncherRun run = service("start=ready,wait stop=release");
+        run.shell(apart(hide + R"(exec "$@" <&- >&- 2>&-)"));
         const LauncherProcess launcher = startReady(run);
         for (const char* stream : {"0", "1", "2"}) {
             const std::string link = "/proc/" + std::to_string(launcher.pid) + "/fd/" + stream;
@@ -129,15 +78,10 @@ TEST_P(RightsE2eTest, ALauncherOfAnotherUserIsLeftAloneAlsoWhereProcHidesIt)
 {
     const LauncherProcess target = startReady(service("start=ready,wait stop=release"));
     const std::string pid = std::to_string(target.pid);
-    for (const bool isHidden : {true, false}) {
-        const auto become = [=] {
-            leaveNamespaces();
-            require(!isHidden || mount("", "/proc", "proc", 0, "hidepid=2") == 0);
-            becomeUser(kNobody);
-        };
-        const LauncherRun another =
-            launcher("start --jvmdll x --jclasspath x --pidfile service.pid");
-        const LauncherResult start = LauncherRun(another).before(become).run();
+    const std::string hide = "mount -t proc -o hidepid=2 proc /proc && ";
+    for (const std::string& become : {becomeNobody, apart(hide + becomeNobody)}) {
+        LauncherRun another = launcher("start --jvmdll x --jclasspath x --pidfile service.pid");
+        const LauncherResult start = another.shell(become).run();
         EXPECT_EQ(start.status, 3);
         EXPECT_TRUE(start.err.starts_with("PID file exists and the process with PID")) << start.err;
         const LauncherResult refused = stop(become);
@@ -151,50 +95,51 @@ TEST_P(RightsE2eTest, ALauncherOfAnotherUserIsLeftAloneAlsoWhereProcHidesIt)
 TEST_P(SurroundingsE2eTest, AStartUnderATightLimitWorksOrTells)
 {
     if (kSanitized) GTEST_SKIP() << "the sanitizers take more than the limits";
-    const std::tuple<__rlimit_resource, std::vector<rlim_t>> cases[] = {
-        {RLIMIT_NOFILE, {4, 5, 6, 7, 8, 9, 16}},
-        // Not 128 KiB, where JDK 25 crashes now and then in any program.
-        {RLIMIT_STACK, {64 << 10, 192 << 10}},
-        {RLIMIT_AS, {12 << 20, 400 << 20, 1UL << 30, 4UL << 30}},
-        {RLIMIT_NPROC, {1, 18, 20, 22, 24, 26}},
-    };
     openToAllUsers();
-    for (const auto& [resource, values] : cases) {
-        for (const rlim_t value : values) {
+    // Root has as many threads as it wants, and nobody else is this user.
+    const std::string user = geteuid() == 0 ? "setpriv --reuid=199999 --clear-groups " : "";
+    const auto limit = [](const std::string& name, const std::string& value) {
+        return "exec prlimit --" + name + "=" + value + R"( "$@")";
+    };
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"nofile", {"4", "5", "6", "7", "8", "9", "16"}},
+        // Not 128 KiB, where JDK 25 crashes now and then in any program.
+        {"stack", {"65536", "196608"}},
+        {"as", {"12000000", "400000000", "1000000000", "4000000000"}},
+        {"nproc", {"1 " + user, "18 " + user, "20 " + user, "22 " + user, "26 " + user}},
+    };
+    for (const auto& [name, values] : cases) {
+        for (const std::string& value : values) {
             std::filesystem::remove(dir / "start.report");
-            const auto restrict = limit(resource, value);
-            const LauncherResult result = service("start=report").before(restrict).run();
+            const LauncherResult result = service("start=report").shell(limit(name, value)).run();
             const bool works = result.status == 0 && exists("start.report");
             EXPECT_TRUE(works || (result.status > 0 && !(result.out + result.err).empty()))
-                << resource << " " << value << ": " << result.status;
+                << name << " " << value << ": " << result.status;
             // The PID file stays only where the JVM has ended the process.
             const bool isLeft = std::filesystem::remove(dir / "service.pid");
-            EXPECT_TRUE(!isLeft || log().holds("INFO JVM exited")) << resource << " " << value;
+            EXPECT_TRUE(!isLeft || log().holds("INFO JVM exited")) << name << " " << value;
         }
     }
     // The end of the log does not fit; then no PID file, nor any message.
-    EXPECT_EQ(service().before(limit(RLIMIT_FSIZE, 4096)).run().status, 0);
+    EXPECT_EQ(service().shell(limit("fsize", "4096")).run().status, 0);
     EXPECT_EQ(content("launcher.log").size(), 4096U);
-    EXPECT_EQ(service().before(limit(RLIMIT_FSIZE, 0)).run().status, 3);
+    EXPECT_EQ(service().shell(limit("fsize", "0")).run().status, 3);
     EXPECT_FALSE(exists("service.pid"));
 
     const LauncherProcess target = startReady(service("start=ready,wait stop=release"));
-    EXPECT_EQ(stop(limit(RLIMIT_NOFILE, 6)).status, 0);
+    EXPECT_EQ(stop(limit("nofile", "6")).status, 0);
     EXPECT_EQ(target.waitForExit().status, 0);
 }
 
 TEST_P(SurroundingsE2eTest, NeedsNoEnvironmentAndNoDirectory)
 {
-    const auto loseAll = [] {
-        const std::string kept = getenv("ASAN_OPTIONS");
-        require(clearenv() == 0 && setenv("ASAN_OPTIONS", kept.c_str(), 1) == 0);
-        const std::string gone = "gone" + std::to_string(getpid());
-        require(mkdir(gone.c_str(), 0700) == 0 && chdir(gone.c_str()) == 0);
-        require(rmdir(("../" + gone).c_str()) == 0);
-    };
+    const std::string loseAll =
+        "mkdir gone$$ && cd gone$$ && rmdir ../gone$$ && "
+        R"(
+        exec env -i ASAN_OPTIONS="$ASAN_OPTIONS" "$@")";
     const auto start = [&](const std::string& pidFile) {
         LauncherRun run = plainService("ready,wait", serviceJar).arg("--pidfile=" + pidFile);
-        return run.arg("--workdir=" + dir.path().string()).before(loseAll);
+        return run.arg("--workdir=" + dir.path().string()).shell(loseAll);
     };
     const LauncherProcess target = startReady(start(dir / "service.pid"));
     EXPECT_EQ(stop(loseAll).status, 0);
@@ -258,22 +203,15 @@ TEST_P(SurroundingsE2eTest, ACommandLineNearTheLimitOfTheKernelIsReadWhole)
 TEST_P(RightsE2eTest, IsAGoodFirstProcessOfAContainer)
 {
     dir.write("service.pid", "1");  // of the container's former life
+    LauncherRun run = service("start=child,ready,wait stop=release");
     const LauncherProcess container =
-        startReady(service("start=child,ready,wait stop=release").before([] {
-            leaveNamespaces(CLONE_NEWPID);
-            goOnInChild();
-            require(mount("proc", "/proc", "proc", 0, nullptr) == 0);
-        }));
+        startReady(run.shell(R"(exec unshare --pid --mount-proc --fork --kill-child "$@")"));
     EXPECT_EQ(content("service.pid"), "1");
-    const std::string outer = "/proc/" + std::to_string(container.pid);
-    const std::string first = readText(outer + "/task/" + outer.substr(6) + "/children");
+    const std::string outer = std::to_string(container.pid);
+    const pid_t first =
+        std::stoi("0" + readText("/proc/" + outer + "/task/" + outer + "/children"));
     // The client dies with the container, when the first process ends.
-    std::ignore = stop([ns = "/proc/" + std::to_string(std::stoi("0" + first)) + "/ns/"] {
-        const FileDescriptor mounts(open((ns + "mnt").c_str(), O_RDONLY));
-        const FileDescriptor ids(open((ns + "pid").c_str(), O_RDONLY));
-        require(setns(ids.get(), CLONE_NEWPID) == 0 && setns(mounts.get(), CLONE_NEWNS) == 0);
-        goOnInChild();
-    });
+    std::ignore = stop("exec nsenter --pid --mount --target " + std::to_string(first) + R"( "$@")");
     EXPECT_EQ(container.waitForExit().status, 0);
     EXPECT_EQ(log().last(), "INFO Normal exit exitCode=0");
     EXPECT_FALSE(exists("service.pid"));
@@ -283,7 +221,7 @@ using PlantsE2eTest = EndToEndTest;
 
 TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
 {
-    if (geteuid() != kRoot) GTEST_SKIP() << "needs the rights of root";
+    if (geteuid() != 0) GTEST_SKIP() << "needs the rights of root";
     const std::string link = dir / "link", place = dir / "place";
     // A command, its status where it works, and where it must not.
     const std::string stop = "stop --pid 999999999 ";
@@ -297,13 +235,13 @@ TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
         const std::string target = command.ends_with("link") ? "place/file" : "place";
         std::filesystem::create_directory(place);
         std::filesystem::create_symlink(target, link);
-        ASSERT_EQ(lchown(link.c_str(), kNobody, 0), 0);
+        ASSERT_EQ(lchown(link.c_str(), 65534, 0), 0);
         const LauncherResult result = launcher(command).run();
         EXPECT_EQ(result.status, refused) << command;
         const std::string told = result.out + result.err;
         EXPECT_NE(told.find("(40) Too many levels of symb"), std::string::npos) << told;
         EXPECT_TRUE(std::filesystem::is_empty(place)) << command;
-        ASSERT_EQ(lchown(link.c_str(), kRoot, 0), 0);
+        ASSERT_EQ(lchown(link.c_str(), 0, 0), 0);
         EXPECT_EQ(launcher(command).run().status, works) << command;
         std::filesystem::remove_all(place);
         std::filesystem::remove(link);

@@ -87,6 +87,14 @@ public:
         return *this;
     }
 
+    /// Has sh(1) run `script` first, which ends in a command that becomes "$@", the launcher with
+    /// the arguments so far.
+    LauncherRun& shell(const std::string& script)
+    {
+        arguments_.insert(arguments_.begin(), {"-c", script, "sh", program_});
+        return program("/bin/sh");
+    }
+
     [[nodiscard]] LauncherProcess start() const
     {
         const auto streams = std::make_shared<const ScopedTempDir>();
