@@ -9,12 +9,25 @@
 #include <string>
 
 #include "CodeBaseOptions.h"
-#include "FuzzParameters.h"
+#include "IJavaFinder.h"
+#include "JavaLibResolver.h"
+#include "LauncherCliArgs.h"
+#include "LauncherConfig.h"
+#include "LauncherParameters.h"
 #include "MicroSupport.h"
+#include "ServiceInstanceParameters.h"
 
 namespace {
 
 using Destination = ScopedLog::Destination;
+
+/// A finder for command lines that leave nothing to be found.
+struct NoJavaFinder final : IJavaFinder {
+    JavaFinderResult find(std::int32_t) override { return {}; }
+    [[nodiscard]] const std::wstring& getErrors() const override { return errors; }
+
+    std::wstring errors;
+};
 
 /// A directory of that many empty jars, made once.
 const ScopedTempDir& directoryOfJars(std::int64_t count)
@@ -32,7 +45,11 @@ void JarExpansion(benchmark::State& state, Destination destination)
     const std::wstring mask = directoryOfJars(state.range()).wide("*.jar");
     const auto args =
         LauncherCliArgs::create({L"launcher", L"start", L"--jvmdll=x", L"--jclasspath=" + mask});
-    const LauncherParameters parameters = makeParameters(*args);
+    const auto serviceInstance = ServiceInstanceParameters::create(L"", L"");
+    const LauncherConfig config = LauncherConfig::read(L"", false);
+    NoJavaFinder javaFinder;
+    const LauncherParameters parameters(*args, *serviceInstance, config, JavaLibResolver(),
+                                        javaFinder);
     ScopedLog log(destination);
     while (state.KeepRunning()) {
         benchmark::DoNotOptimize(composeJvmOptions(parameters));
