@@ -18,8 +18,6 @@ protected:
 
 TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
 {
-    const std::string refused =
-        "PID file exists and the process with PID referenced there is running\n";
     const std::string leftovers[] = {"none", "", "999999999", "no number"};
     for (int round = 0; round < 100; ++round) {
         for (const char* name : {"go", "options"}) std::filesystem::remove(dir / name);
@@ -35,9 +33,8 @@ TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
 
         const pid_t loser = ChildProcesses::waitForAny();
         const auto& [first, second] = starts;
-        const LauncherResult lost = (loser == first.pid ? first : second).waitForExit();
         const LauncherProcess& winner = loser == first.pid ? second : first;
-        ASSERT_EQ(std::pair(lost.status, lost.err), std::pair(3, refused)) << round;
+        ASSERT_EQ(ChildProcesses::waitForExit(loser), 3) << round;
         EXPECT_TRUE(waitUntil([&] { return exists("options"); }));  // it has come to the JVM
         EXPECT_EQ(savedPid(), winner.pid) << round;
         dir.write("go", "");

@@ -30,7 +30,6 @@ public:
         }
         return received_;
     }
-
     void expectMessages(const std::string& expected)
     {
         EXPECT_TRUE(waitUntil([&] { return messages() == expected; })) << received_;
@@ -49,10 +48,9 @@ protected:
     {
         return "STATUS=Starting Java;" + mainPid(pid) + "\nEXTEND_TIMEOUT_USEC=30000000;";
     }
-    static std::string ready(pid_t pid) { return running + "READY=1\n" + mainPid(pid) + ";"; }
     static std::string mainPid(pid_t pid) { return "MAINPID=" + std::to_string(pid); }
 
-    static inline const std::string running = "STATUS=Running service.Service;";
+    const std::string running = "STATUS=Running service.Service;";
     const std::string stopping = ";STOPPING=1\nEXTEND_TIMEOUT_USEC=30000000;";
     const std::string ending = "STATUS=Ending the JVM;STATUS=Stopped;";
 };
@@ -63,7 +61,8 @@ TEST_P(ServiceManagerE2eTest, IsToldWhatTheServiceIsAt)
     Manager manager("@" + dir.path().string());
     LauncherRun run = service("start=ready,until:go stop=sleep:0");
     const LauncherProcess launcher = startReady(run.env("NOTIFY_SOCKET", manager.address));
-    const std::string started = beginning(launcher.pid) + ready(launcher.pid);
+    const std::string started =
+        beginning(launcher.pid) + running + "READY=1\n" + mainPid(launcher.pid) + ";";
     manager.expectMessages(started);
     kill(launcher.pid, SIGUSR1);
     const std::string stopped =
@@ -101,8 +100,9 @@ TEST_P(ServiceManagerE2eTest, TakesNoServiceForReadyThatFailsAndOneThatEndsInOrd
         LauncherRun run = service(script).env("NOTIFY_SOCKET", manager.address);
         const LauncherProcess launcher = run.env("LAUNCHER_READY", "yes").start();
         EXPECT_EQ(launcher.waitForExit().status, status);
-        manager.expectMessages(beginning(launcher.pid) + (isReady ? ready(launcher.pid) : "") +
-                               end);
+        const std::string middle =
+            isReady ? running + "READY=1\n" + mainPid(launcher.pid) + ";" : "";
+        manager.expectMessages(beginning(launcher.pid) + middle + end);
         EXPECT_TRUE(
             log().holds("WARN Unknown value of LAUNCHER_READY value=yes, expected=service"));
     }

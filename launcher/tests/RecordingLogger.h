@@ -7,12 +7,11 @@
 #include <vector>
 
 #include "Log.h"
-#include "NopLogger.h"
 
 class RecordingLogger final : public ILogger {
 public:
     RecordingLogger() : before_(exchangeLogger(this)) {}
-    ~RecordingLogger() override { exchangeLogger(before_ ? before_ : &none_); }
+    ~RecordingLogger() override { exchangeLogger(before_); }
 
     void log(const std::wstring& level, const wchar_t* className, const wchar_t*, std::int32_t,
              const wchar_t* func, const std::wstring& message) override
@@ -36,9 +35,6 @@ public:
     [[nodiscard]] bool holds(const std::wstring& line) const { return count(line) > 0; }
 
 private:
-    // Never destroyed, as threads of the JVM may still log.
-    static inline NopLogger& none_ = *new NopLogger;
-
     ILogger* before_;
     mutable std::mutex mutex_;
     std::vector<std::wstring> lines_;
