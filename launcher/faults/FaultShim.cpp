@@ -103,8 +103,8 @@ Word wrapper(Word a, Word b, Word c, Word d, Word e, Word f)
     if (!isToFail(kCall.name)) return own<index>(a, b, c, d, e, f);
     if (kCall.way == Way::Missing) {
         static constexpr char kNothing[] = "no_such_thing";
-        constexpr bool kHasLibrary = std::string_view(kCall.name) == "dlsym";
-        (kHasLibrary ? b : a) = reinterpret_cast<Word>(kNothing);
+        constexpr std::string_view kName = kCall.name;
+        (kName == "dlsym" ? b : a) = reinterpret_cast<Word>(kNothing);
         return own<index>(a, b, c, d, e, f);
     }
     if (kCall.way == Way::Code) return fault.error;
@@ -138,11 +138,11 @@ std::uintptr_t replacement(std::string_view name, std::index_sequence<index...>)
     return reinterpret_cast<std::uintptr_t>(found);
 }
 
-/// A value of a loaded file's dynamic section; 0 when it has none.
+/// A value of a loaded file's dynamic section; without it that of its end, 0.
 std::uintptr_t valueOf(const ElfW(Dyn) * entry, ElfW(Sxword) tag)
 {
     while (entry->d_tag != tag && entry->d_tag != DT_NULL) ++entry;
-    return entry->d_tag == tag ? entry->d_un.d_val : 0;
+    return entry->d_un.d_val;
 }
 
 /// Takes the places of the functions that a loaded file calls; with `only`, of

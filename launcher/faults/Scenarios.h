@@ -82,7 +82,7 @@ END
 # place CALL: the lines of the sources that its way leads through.
 place() {
     way=${1#*@}
-    echo "${way%#*}" | tr , '\n' | addr2line -s -e "$program" | tr '\n' '<'
+    echo "${way%#*}" | tr , '\n' | addr2line -s -e "$program" | sed 's/ .*//' | tr '\n' '<'
 }
 # target ACTION: a process that owns the PID file, and what it does with the
 # signals of a stop.
