@@ -4,7 +4,6 @@
 
 #include "UnitTest.h"
 #include "VariableExpansion.h"
-#include "YamlReader.h"
 
 namespace {
 
@@ -121,18 +120,6 @@ TEST_F(LauncherConfigTest, ExpandsVariablesOneAfterTheOther)
     EXPECT_EQ(expandVariables(context, L"${instance.root}root}root}"), L"${instance.");
     context.instanceRoot = L"${instance.root}";
     EXPECT_EQ(expandVariables(context, L"${launcher.dir}"), L"/l");
-}
-
-// What trees and errors the reader of the file gives, a second reader tells: see YamlReference.h.
-TEST_F(LauncherConfigTest, TakesNoStackForWhatAFileHolds)
-{
-    std::string text;
-    for (std::size_t depth = 0; depth < 4000; ++depth) text += std::string(depth, ' ') + "a:\n";
-    for (int i = 0; i < 500'000; ++i) text += "b:\n";
-    const auto tree = parseYaml(text);
-    int depth = 0;
-    for (const YamlNode* node = tree.get(); node; node = node->firstChild()) ++depth;
-    EXPECT_EQ(depth, 4000);
 }
 
 }  // namespace
