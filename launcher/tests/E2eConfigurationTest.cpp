@@ -58,6 +58,18 @@ TEST_P(ExampleE2eTest, RunsAsItsFilesSay)
     EXPECT_FALSE(log.holds("INFO Inventory library is initialised"));  // nobody asked it
 }
 
+TEST_P(ExampleE2eTest, DoesNotRunWithAnOlderJavaThanItsFileNames)
+{
+    dir.write("bin/launcher.yml", "launcher-parameters:\n  minimal-java-version: 99\n");
+    const std::string jvm = GetParam().second;
+    LauncherRun run = startInstance().withJvm().args("--clog launcher.log --jclasspath . --jvmdll");
+    const LauncherResult result = run.arg(jvm).run();
+    EXPECT_EQ(result.status, 6);
+    EXPECT_EQ(result.err, "Cannot create JVM 99 instance with library '" + jvm +
+                              "'. Java version is not sufficient for the application.\n");
+    EXPECT_TRUE(log().holds("INFO JVM destroyed"));
+}
+
 using ConfigurationE2eTest = Installation;
 
 TEST_F(ConfigurationE2eTest, NamesWhatIsWrongWithTheFileAndStartsNothing)

@@ -75,6 +75,7 @@ TEST_P(StopE2eTest, AStopDuringTheStartIsNeitherDeadlyNorLost)
             expectEndAfter(signal, launcher, 0);
             EXPECT_EQ(log().count("INFO " + name + " has risen"), 1);
             EXPECT_TRUE(log().holds("INFO Got an event. stopType=" + stopType));
+            EXPECT_TRUE(log().holds("INFO Service stop method finished successfully."));
             EXPECT_EQ(log().last(), "INFO Normal exit exitCode=0");
             EXPECT_EQ(log().tid, launcher.pid);
             EXPECT_FALSE(exists("service.pid"));

@@ -95,6 +95,20 @@ TEST_F(JavaFinderTest, LogsTheSearchAndEndsItsIsolate)
     EXPECT_TRUE(log_.holds(finder + L"JAVA_HOME environment variable is empty."));
 }
 
+TEST_F(JavaFinderTest, LogsIsolatesThatAreLeft)
+{
+    {
+        GraalAdapter opener(toWide(library_), os_.getSystemUtils());
+        GraalAdapter closer(toWide(library_), os_.getSystemUtils());
+        opener.load();
+        closer.load();
+        closer.tearDownIsolate(opener.createIsolateAndAttache());
+    }
+    const std::wstring record = L"ERROR GraalAdapter.~GraalAdapter: Inconsistent Graal isolates ";
+    EXPECT_TRUE(log_.holds(record + L"count createdIsolatesCounter=1"));
+    EXPECT_TRUE(log_.holds(record + L"count createdIsolatesCounter=-1"));
+}
+
 TEST_F(JavaFinderTest, GivesUpWithoutAFunctionOfTheLibrary)
 {
     for (const std::string function :

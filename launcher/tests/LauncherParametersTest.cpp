@@ -67,7 +67,8 @@ TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
         "  quiet: true\n  work-dir: ${launcher.dir}/y\n  jvm-opts:\n  - -D3\n"
         "  main-class-args:\n  - a\n  - b\n");
     dir_.write("service.ini", "JAVA_OPT=-D2");
-    const ScopedEnvironment jvmOpts("JVM_OPTS", " -D4=b c\t--jvmopt\r\n--jvmopt--jvmopt-D5 ");
+    const std::string options = " -D4=b c\t--jvmopt\r\n--jvmopt--jvmopt-D5 ";
+    const ScopedEnvironment jvmOpts("JVM_OPTS", options.c_str());
     const auto texts = [this] {
         return Texts{parameters_->getClassPath(), parameters_->getModulePath(),
                      parameters_->getMainClass(), parameters_->getPidFile(),
@@ -83,6 +84,9 @@ TEST_F(LauncherParametersTest, PrefersTheCommandLineToTheFileAndJoinsLists)
     EXPECT_EQ(texts(), (Texts{L"1", L"2", L"3", L"4", at(L"@/5")}));
     EXPECT_EQ(parameters_->getJvmOptions(), (Texts{L"-D1", L"-D2", L"-D3", L"-D4=b c", L"-D5"}));
     EXPECT_EQ(parameters_->getMainClassArguments(), (Texts{L"b", L"a", L"b"}));
+    const std::wstring record =
+        L"INFO LauncherParameters.logState: Adding JVM_OPTS to JVM arguments ";
+    EXPECT_TRUE(log_.holds(record + L"JVM_OPTS='" + toWide(options) + L"'"));
     // A given library needs no Java home, and a module path no class path.
     EXPECT_EQ(parameters_->getJvmLibraryPath(), L"x");
     configure("");
@@ -108,6 +112,7 @@ TEST_F(LauncherParametersTest, TakesTheFirstJavaHomeThatIsSet)
     dir_.write("service.ini", "JAVA_HOME=" + dir_ / "ini");
     expectHome("ini", configured + L"service ini file --javahome parameter.");
     expectHome("cli", configured + L"--javahome command line argument. path=@/cli");
+    expectHome("cli", L"logState: JVM_OPTS environment variable is not defined or empty");
     EXPECT_EQ(finder_.asked, std::vector<std::int32_t>{17});
 }
 

@@ -4,11 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
+#include <mutex>
 #include <sstream>
+#include <string>
+#include <vector>
 
-#include "Raised.h"
-#include "RecordingLogger.h"
+#include "LauncherException.h"
+#include "Log.h"
 #include "ScopedCatalogue.h"
 #include "ScopedTempDir.h"
 
@@ -20,6 +24,52 @@ inline Texts split(const std::wstring& text)
     std::wistringstream stream(text);
     return {std::istream_iterator<std::wstring, wchar_t>(stream), {}};
 }
+
+/// "code message" of the LauncherException that `action` throws; "nothing
+/// raised" when it throws none.
+template <typename Action>
+[[nodiscard]] std::wstring raised(Action action)
+{
+    try {
+        action();
+    } catch (const LauncherException& e) {
+        return std::to_wstring(e.exitCode()) + L" " + e.message();
+    }
+    return L"nothing raised";
+}
+
+/// Is the process's logger for a scope and keeps the records.
+class RecordingLogger final : public ILogger {
+public:
+    RecordingLogger() : before_(exchangeLogger(this)) {}
+    ~RecordingLogger() override { exchangeLogger(before_); }
+
+    void log(const std::wstring& level, const wchar_t* className, const wchar_t*, std::int32_t,
+             const wchar_t* func, const std::wstring& message) override
+    {
+        const std::lock_guard lock(mutex_);
+        lines_.push_back(level + L" " + className + L"." + func + L": " + message);
+    }
+    void flush() override {}
+
+    /// "LEVEL Class.function: message" of every record, in order.
+    [[nodiscard]] Texts lines() const
+    {
+        const std::lock_guard lock(mutex_);
+        return lines_;
+    }
+    [[nodiscard]] std::ptrdiff_t count(const std::wstring& line) const
+    {
+        const std::lock_guard lock(mutex_);
+        return std::count(lines_.begin(), lines_.end(), line);
+    }
+    [[nodiscard]] bool holds(const std::wstring& line) const { return count(line) > 0; }
+
+private:
+    ILogger* before_;
+    mutable std::mutex mutex_;
+    Texts lines_;
+};
 
 class UnitTest : public testing::Test {
 protected:
