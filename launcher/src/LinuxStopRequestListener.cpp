@@ -32,17 +32,6 @@ extern "C" void onStopSignal(int signalNumber)
                             formatMessage(IDS_CANNOT_START_WAITING_FOR_STOP_SIGNAL, error));
 }
 
-void installHandlers()
-{
-    struct sigaction action {};
-    action.sa_handler = onStopSignal;
-    action.sa_flags = SA_RESTART;
-    action.sa_mask = stopSignalSet();  // none on top of another
-    for (const int signalNumber : kStopSignals) {
-        if (sigaction(signalNumber, &action, nullptr) != 0) raiseCannotStartWaiting();
-    }
-}
-
 /// Keeps all signals but the stop signals off the calling thread for a scope,
 /// so that other threads take them: a foreign handler without SA_RESTART would
 /// end the wait.
@@ -67,12 +56,22 @@ private:
 LinuxStopRequestListener::LinuxStopRequestListener()
 {
     if (sem_init(&semaphore_, 0, 0) != 0) raiseCannotStartWaiting();
-    installHandlers();
 }
 
 LinuxStopRequestListener::~LinuxStopRequestListener()
 {
     sem_destroy(&semaphore_);
+}
+
+void LinuxStopRequestListener::takeSignals()
+{
+    struct sigaction action {};
+    action.sa_handler = onStopSignal;
+    action.sa_flags = SA_RESTART;
+    action.sa_mask = stopSignalSet();  // none on top of another
+    for (const int signalNumber : kStopSignals) {
+        if (sigaction(signalNumber, &action, nullptr) != 0) raiseCannotStartWaiting();
+    }
 }
 
 int LinuxStopRequestListener::signal(bool fast)

@@ -12,12 +12,15 @@
 
 class LinuxStopRequestListener final : public ICancellableWait {
 public:
-    /// Installs the handlers. Throws LauncherException
-    /// IDS_CANNOT_START_WAITING_FOR_STOP_SIGNAL (code 20).
+    /// Throws LauncherException IDS_CANNOT_START_WAITING_FOR_STOP_SIGNAL (code 20).
     LinuxStopRequestListener();
     ~LinuxStopRequestListener() override;
     LinuxStopRequestListener(const LinuxStopRequestListener&) = delete;
     LinuxStopRequestListener& operator=(const LinuxStopRequestListener&) = delete;
+
+    /// Installs the handlers, which need the current listener: without one they
+    /// would lose the signal. Throws as the constructor does.
+    static void takeSignals();
 
     /// Async-signal-safe.
     int signal(bool fast) override;

@@ -51,6 +51,7 @@ std::shared_ptr<StopRequestListener> createStopRequestListener(std::int32_t)
     auto listener = std::make_unique<LinuxStopRequestListener>();
     auto proxy = std::make_shared<StopRequestListener>();
     currentListener.store(listener.release(), std::memory_order_release);
+    LinuxStopRequestListener::takeSignals();
     return proxy;
 }
 
