@@ -97,16 +97,17 @@ TEST_P(SurroundingsE2eTest, AStartUnderATightLimitWorksOrTells)
     if (kSanitized) GTEST_SKIP() << "the sanitizers take more than the limits";
     openToAllUsers();
     // Root has as many threads as it wants, and nobody else is this user.
-    const std::string user = geteuid() == 0 ? "setpriv --reuid=199999 --clear-groups " : "";
-    const auto limit = [](const std::string& name, const std::string& value) {
-        return "exec prlimit --" + name + "=" + value + R"( "$@")";
+    const std::string user = geteuid() == 0 ? " setpriv --reuid=199999 --clear-groups" : "";
+    const auto limit = [user](const std::string& name, const std::string& value) {
+        return "exec prlimit --" + name + "=" + value + (name == "nproc" ? user : "") + R"( "$@")";
     };
+    // Each ends a start elsewhere, or just does not.
     const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"nofile", {"4", "5", "6", "7", "8", "9", "16"}},
+        {"nofile", {"4", "6", "8"}},
         // Not 128 KiB, where JDK 25 crashes now and then in any program.
         {"stack", {"65536", "196608"}},
         {"as", {"12000000", "400000000", "1000000000", "4000000000"}},
-        {"nproc", {"1 " + user, "18 " + user, "20 " + user, "22 " + user, "26 " + user}},
+        {"nproc", {"1", "5", "9", "17", "18", "20"}},
     };
     for (const auto& [name, values] : cases) {
         for (const std::string& value : values) {
@@ -133,9 +134,7 @@ TEST_P(SurroundingsE2eTest, AStartUnderATightLimitWorksOrTells)
 
 TEST_P(SurroundingsE2eTest, NeedsNoEnvironmentAndNoDirectory)
 {
-    const std::string loseAll =
-        "mkdir gone$$ && cd gone$$ && rmdir ../gone$$ && "
-        R"(
+    const std::string loseAll = R"(mkdir gone$$ && cd gone$$ && rmdir ../gone$$ &&
         exec env -i ASAN_OPTIONS="$ASAN_OPTIONS" "$@")";
     const auto start = [&](const std::string& pidFile) {
         LauncherRun run = plainService("ready,wait", serviceJar).arg("--pidfile=" + pidFile);
@@ -222,7 +221,6 @@ using PlantsE2eTest = EndToEndTest;
 TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
 {
     if (geteuid() != 0) GTEST_SKIP() << "needs the rights of root";
-    const std::string link = dir / "link", place = dir / "place";
     // A command, its status where it works, and where it must not.
     const std::string stop = "stop --pid 999999999 ";
     const std::tuple<std::string, int, int> cases[] = {
@@ -233,18 +231,18 @@ TEST_F(PlantsE2eTest, NothingIsWrittenWhereOnlyALinkOfAStrangerLeads)
     };
     for (const auto& [command, works, refused] : cases) {
         const std::string target = command.ends_with("link") ? "place/file" : "place";
-        std::filesystem::create_directory(place);
-        std::filesystem::create_symlink(target, link);
-        ASSERT_EQ(lchown(link.c_str(), 65534, 0), 0);
-        const LauncherResult result = launcher(command).run();
+        const auto run = [&, words = command](const std::string& owner) {
+            return launcher(words)
+                .shell("rm -rf place link && mkdir place && ln -s " + target +
+                       " link && chown -h " + owner + R"( link && exec "$@")")
+                .run();
+        };
+        EXPECT_EQ(run("root").status, works) << command;
+        const LauncherResult result = run("nobody");
         EXPECT_EQ(result.status, refused) << command;
         const std::string told = result.out + result.err;
         EXPECT_NE(told.find("(40) Too many levels of symb"), std::string::npos) << told;
-        EXPECT_TRUE(std::filesystem::is_empty(place)) << command;
-        ASSERT_EQ(lchown(link.c_str(), 0, 0), 0);
-        EXPECT_EQ(launcher(command).run().status, works) << command;
-        std::filesystem::remove_all(place);
-        std::filesystem::remove(link);
+        EXPECT_TRUE(std::filesystem::is_empty(dir / "place")) << command;
     }
     EXPECT_EQ(launcher(stop + "--cout=/proc/self/fd/1").run().status, 11);
     EXPECT_EQ(launcher(stop + "--clog=/proc/self/cwd/log").run().status, 11);
