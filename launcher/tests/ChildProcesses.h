@@ -38,14 +38,6 @@ inline int waitForExit(pid_t pid)
     return waitUntil(hasEnded) ? ended.extract(pid).mapped() : -1000;
 }
 
-/// The first that ends, or has ended, and that nobody has waited for; its
-/// status remains to be taken. 0 when none has ended in a minute.
-inline pid_t waitForAny()
-{
-    const bool any = waitUntil([] { return reap(), !ended.empty(); });
-    return any ? ended.begin()->first : 0;
-}
-
 /// Kills all that live, also those that turn up as orphans meanwhile, and
 /// gives their command lines.
 inline std::string killAll()

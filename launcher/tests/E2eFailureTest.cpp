@@ -1,3 +1,7 @@
+#include <unistd.h>
+
+#include <array>
+
 #include "EndToEndTest.h"
 
 namespace {
@@ -102,6 +106,49 @@ TEST_F(StartFailureE2eTest, ComposesTheOptionsOfTheJvm)
     EXPECT_EQ(content("options"), std::string("--module-path=") + SERVICE_JAR +
                                       "\n-Djava.class.path=" + SERVICE_JAR +
                                       "\n-Da=б\n-Xmx64m\n-Dx=1 2\nexit\nabort\n");
+}
+
+/// Launchers that meet at a bad moment.
+using RaceE2eTest = StartFailureE2eTest;
+
+TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
+{
+    const std::string leftovers[] = {"none", "", "999999999", "no number"};
+    for (int round = 0; round < 100; ++round) {
+        for (const char* name : {"go", "options"}) std::filesystem::remove(dir / name);
+        const std::string& leftover = leftovers[static_cast<std::size_t>(round) % 4];
+        if (leftover != "none") dir.write("service.pid", leftover);
+        LauncherRun run = service().args("--quiet").env("FAKE_JVM_UNTIL", "go");
+        run.before([] { raise(SIGSTOP); });
+        const std::array starts{run.start(), run.start()};
+        for (const LauncherProcess& start : starts) {
+            waitid(P_PID, static_cast<id_t>(start.pid), nullptr, WSTOPPED);
+        }
+        for (const LauncherProcess& start : starts) kill(start.pid, SIGCONT);
+
+        ASSERT_TRUE(
+            waitUntil([] { return ChildProcesses::reap(), !ChildProcesses::ended.empty(); }));
+        const pid_t loser = ChildProcesses::ended.begin()->first;
+        const auto& [first, second] = starts;
+        const LauncherProcess& winner = loser == first.pid ? second : first;
+        ASSERT_EQ(ChildProcesses::waitForExit(loser), 3) << round;
+        EXPECT_TRUE(waitUntil([&] { return exists("options"); }));  // it has come to the JVM
+        EXPECT_EQ(savedPid(), winner.pid) << round;
+        dir.write("go", "");
+        EXPECT_EQ(winner.waitForExit().status, 4);
+        EXPECT_FALSE(exists("service.pid"));
+    }
+}
+
+TEST_F(RaceE2eTest, APidFileThatNamesAnotherProcessByNowStays)
+{
+    const LauncherProcess launcher = service().env("FAKE_JVM_UNTIL", "go").start();
+    EXPECT_TRUE(waitUntil([this] { return exists("options"); }));
+    const std::string another = std::to_string(getpid());
+    dir.write("service.pid", another);  // somebody has deleted the first one's meanwhile
+    dir.write("go", "");
+    EXPECT_EQ(launcher.waitForExit().status, 4);
+    EXPECT_EQ(content("service.pid"), another);
 }
 
 }  // namespace

@@ -86,20 +86,6 @@ TEST_F(LauncherCliArgsTest, RecordsWhatCannotBeUsed)
     }
 }
 
-TEST_F(LauncherCliArgsTest, HelpDescribesItselfBehindASwitchThatNamesNoMode)
-{
-    CaptureStdout();
-    EXPECT_EQ(create(L"help -h stop")->getMode(), Mode::Usage);
-    const std::wstring usage = toWide(GetCapturedStdout());
-    std::size_t place = 0;
-    for (const wchar_t* part :
-         {L"  launcher  help ", L"\n\nCommon parameters:\n\n    --help | -? | -h\n",
-          L"\n\nMode:\n\n    help\n", L"\n\nParameters:\n\n    start\n"}) {
-        place = usage.find(part, place);
-        ASSERT_NE(place, usage.npos) << part;
-    }
-}
-
 TEST_F(LauncherCliArgsTest, ErrorsReachTheLogAndTheRealOutput)
 {
     const std::pair<std::wstring, bool> cases[] = {

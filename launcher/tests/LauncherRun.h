@@ -136,9 +136,7 @@ private:
     std::filesystem::path directory_;
     std::filesystem::path program_ = LAUNCHER_EXECUTABLE;
     std::vector<std::string> arguments_;
-    std::map<std::string, std::string> environment_{{"LC_ALL", "C.UTF-8"},
-                                                    {"LOCPATH", LOCALES},
-                                                    {"PATH", "/usr/bin:/bin"},
-                                                    {"ASAN_OPTIONS", "detect_leaks=1"}};
+    std::map<std::string, std::string> environment_{
+        {"LC_ALL", "C.UTF-8"}, {"PATH", "/usr/bin:/bin"}, {"ASAN_OPTIONS", "detect_leaks=1"}};
     std::function<void()> preparation_ = [] {};
 };

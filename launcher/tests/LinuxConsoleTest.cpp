@@ -1,8 +1,5 @@
 #include "LinuxConsole.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdio>
 
 #include "UnitTest.h"
@@ -11,28 +8,24 @@ namespace {
 
 class LinuxConsoleTest : public UnitTest {
 protected:
-    /// In a process of its own, whose streams are the files "stdout" and
-    /// "stderr": makes a console and writes to it. Gives the error text.
+    /// Makes a console and writes to it, its streams being the files "stdout" and
+    /// "stderr". Gives the error text.
     [[nodiscard]] std::string run(const std::wstring& coutPath, const std::wstring& cerrPath) const
     {
-        if (fork() == 0) {
-            static_cast<void>(std::freopen((dir_ / "stdout").c_str(), "w", stdout));
-            static_cast<void>(std::freopen((dir_ / "stderr").c_str(), "w", stderr));
-            std::fputs("before\n", stdout);
-            std::wstring errorText;
-            LinuxConsole console(coutPath, cerrPath, errorText);
-            dir_.write("error", toUtf8(errorText));
-            console.write(L"out ");
-            console.writeError(L"err ");
-            console.writeLine(L"вывод");
-            console.writeErrorLine(L"ошибка");
-            // One with a destination must be unbuffered.
-            if (coutPath.empty()) std::fflush(stdout);
-            if (cerrPath.empty()) std::fflush(stderr);
-            _exit(0);
-        }
-        wait(nullptr);
-        return text("error");
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        std::fputs("before\n", stdout);
+        std::wstring errorText;
+        LinuxConsole console(coutPath, cerrPath, errorText);
+        console.write(L"out ");
+        console.writeError(L"err ");
+        console.writeLine(L"вывод");
+        console.writeErrorLine(L"ошибка");
+        // One with a destination must be unbuffered.
+        for (const char* name : {"a", "b"}) dir_.write(name + std::string(".now"), text(name));
+        dir_.write("stdout", testing::internal::GetCapturedStdout());
+        dir_.write("stderr", testing::internal::GetCapturedStderr());
+        return toUtf8(errorText);
     }
     [[nodiscard]] std::string text(const std::string& name) const { return readText(dir_ / name); }
 };
@@ -41,8 +34,8 @@ TEST_F(LinuxConsoleTest, AppendsEachStreamToItsFile)
 {
     dir_.write("a", "old ");
     EXPECT_EQ(run(dir_.wide("a"), dir_.wide("b")), "");
-    EXPECT_EQ(text("a"), "old out вывод\n");
-    EXPECT_EQ(text("b"), "err ошибка\n");
+    EXPECT_EQ(text("a.now"), "old out вывод\n");
+    EXPECT_EQ(text("b.now"), "err ошибка\n");
     // Both to one file: in the order of writing.
     EXPECT_EQ(run(dir_.wide("a"), dir_.wide("a")), "");
     EXPECT_EQ(text("a"), "old out вывод\nout err вывод\nошибка\n");

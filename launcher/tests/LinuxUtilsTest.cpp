@@ -1,14 +1,16 @@
-#include "LinuxSystemUtils.h"
-
+// What the launcher asks of the system, but for files.
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
+#include <chrono>
 #include <clocale>
 #include <ctime>
 
+#include "LinuxProcessUtils.h"
+#include "LinuxSystemUtils.h"
 #include "PosixLibraryHandle.h"
+#include "ProcCommandLine.h"
 #include "ScopedEnvironment.h"
-#include "TextConversion.h"
+#include "UnitTest.h"
 
 namespace {
 
@@ -44,6 +46,22 @@ TEST(PosixLibraryHandleTest, FindsSymbolsUntilItIsClosed)
     EXPECT_TRUE(library->close() && library->isEmpty());
     EXPECT_EQ(library->getSymbol("__ctype_get_mb_cur_max"), nullptr);  // though the process has one
     EXPECT_EQ(dlopen(toUtf8(name).c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr);
+}
+
+using LinuxProcessUtilsTest = UnitTest;
+
+TEST_F(LinuxProcessUtilsTest, EndsAnArgumentOfACommandLineAtEachZeroByte)
+{
+    dir_.write("cmdline", {"служба\0\0\0b", 16});
+    EXPECT_EQ(readCommandLine(dir_.wide("cmdline")), (Texts{L"служба", L"", L"", L"b"}));
+}
+
+TEST_F(LinuxProcessUtilsTest, SleepsForLessThanASecondOnly)
+{
+    const auto start = std::chrono::steady_clock::now();
+    for (const unsigned millis : {30U, 3'600'000U}) LinuxProcessUtils().sleepMilliseconds(millis);
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(elapsed.count() >= 0.03 && elapsed.count() < 60);
 }
 
 }  // namespace
