@@ -1,97 +1,145 @@
 // Cycle: one life of a service by its plan, from its start to its end, and what
-// was seen of it. Works in a directory of its own. Judges nothing.
-//
-// The process that runs it waits for all its children, and adopts what they
-// leave: it has to be a process of its own, unless all its cycles are started
-// before the first one ends (see runTogether).
+// was seen of it. Judges nothing. Works in the working directory; all children of
+// the process are its own, the orphans that it adopts among them.
 #pragma once
 
-#include <sys/types.h>
-
-#include <chrono>
-#include <filesystem>
-#include <functional>
 #include <optional>
-#include <string>
-#include <vector>
+#include <thread>
 
+#include "ChildProcesses.h"
 #include "LauncherRun.h"
 #include "Plan.h"
 
-/// What the service was doing when a request went out.
-enum class Phase { kStarting, kCreatingJvm, kRunning, kStopping };
+/// The signal that shall end this program; its handler sets it.
+inline volatile std::sig_atomic_t interrupted = 0;
 
 /// An action of the plan that took place.
 struct Request {
     Action action;
-    pid_t target;       ///< for --pid and signals
-    bool pidFileSeen;   ///< before it
-    bool readySeen;     ///< before it
-    bool pidFileAfter;  ///< still there after it: the service was not at its end
-    Phase phase;
-    std::string log;  ///< of the stop client, as those that follow
+    Moment seen;      ///< the latest one before it
+    bool isCertain;   ///< that the service logs it: the JVM was not ending
+    std::string log;  ///< of the stop client, as what follows
     std::optional<LauncherProcess> client = std::nullopt;
     std::optional<LauncherResult> result = std::nullopt;
-    bool targetGone = false;  ///< when the client had ended
+    bool serviceGone = false;  ///< when the client had ended
 };
 
-class Cycle final {
+class Cycle {
 public:
-    /// Runs `launcher` in `directory`, which has to exist; all has to end within
-    /// `limit` from now on.
-    Cycle(Plan plan, std::filesystem::path launcher, std::filesystem::path directory,
-          std::chrono::seconds limit);
+    Cycle(Plan plan, std::filesystem::path launcher)
+        : plan_(std::move(plan)), launcher_(std::move(launcher)), process_(start())
+    {
+    }
 
-    /// Returns when the launcher has been executed.
-    void start();
-    /// The actions of the plan, in their order. One whose target has ended by
-    /// then is left out.
-    void performActions();
-    /// Asks a service to stop that nothing has reached so far, and waits for
-    /// the end of all.
-    void waitForEnd();
-    /// Waits for what has to be seen, or for the end of the service; false when
-    /// neither came within the limit.
-    bool waitFor(Moment moment);
+    /// The actions of the plan, in their order, until the service has ended. Then
+    /// waits for the end of all. Throws when that takes too long.
+    void run()
+    {
+        for (const Action& action : plan_.actions) {
+            // Nobody knows a detached service before its PID file.
+            const bool isEarly = !plan_.detached && !action.has("--pidfile");
+            const Moment moment = isEarly ? action.moment : std::max(action.moment, kPidFile);
+            waitUntilSeen([&] { return isSeen(moment) || !anyLives_; });
+            const auto due = Clock::now() + action.delay;
+            waitUntilSeen([&] { return Clock::now() + kPollStep > due; });
+            std::this_thread::sleep_until(due);
+            perform(action);
+        }
+        waitUntilSeen([this] { return !anyLives_; });
+    }
 
-    [[nodiscard]] const Plan& plan() const { return plan_; }
-    [[nodiscard]] const std::filesystem::path& launcher() const { return launcher_; }
-    [[nodiscard]] std::string file(const std::string& name) const { return directory_ / name; }
-    [[nodiscard]] const std::filesystem::path& directory() const { return directory_; }
-    [[nodiscard]] const std::vector<Request>& requests() const { return requests_; }
-    /// What was started: the service itself, or the parent that it left.
-    [[nodiscard]] pid_t firstPid() const { return process_->pid; }
-    [[nodiscard]] const LauncherResult& firstResult() const { return *firstResult_; }
-    /// The service, and its exit status; -1 and nothing if there was none.
-    [[nodiscard]] pid_t servicePid() const;
-    [[nodiscard]] std::optional<int> serviceStatus() const { return serviceStatus_; }
-    /// Whether the limit was met. Nothing else is known then.
-    [[nodiscard]] bool hung() const { return hung_; }
+protected:
+    const Plan plan_;
+    const std::filesystem::path launcher_;
+    const LauncherProcess process_;  ///< the service itself, or the parent that it left
+    std::vector<Request> requests_;
 
 private:
-    [[nodiscard]] LauncherRun run(const std::string& args) const;
-    /// False when the limit was met.
-    bool waitUntilSeen(const std::function<bool()>& condition);
-    /// Looks around; takes the status of processes that have ended.
-    void poll();
-    void pollClients();
-    void perform(const Action& action);
-    [[nodiscard]] bool isSeen(Moment moment) const;
-    [[nodiscard]] bool serviceHasEnded() const;
-    [[nodiscard]] bool clientsHaveEnded() const;
-    [[nodiscard]] bool needsStop() const;
-    [[nodiscard]] bool hasReachedService(const Request& request) const;
-    [[nodiscard]] Phase phase() const;
-    [[nodiscard]] bool isThere(const std::string& name) const;
-    void collect();
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::microseconds kPollStep{500};
 
-    Plan plan_;
-    std::filesystem::path launcher_, directory_;
-    std::chrono::steady_clock::time_point deadline_;
-    std::optional<LauncherProcess> process_;
-    std::vector<Request> requests_;
+    [[nodiscard]] LauncherProcess start() const
+    {
+        LauncherRun run(".", "start --pidfile service.pid --clog launcher.log");
+        run.program(launcher_).withJvm().arg("--jvmdll=" + plan_.jdk.second);
+        run.arg(std::string("--jclasspath=") + SERVICE_JAR);
+        run.args("--jifaceclass service.Service --jvmopt=-XX:-UsePerfData --jvmopt=-Xmx32m");
+        run.arg("--jvmopt=-Dstart=" + plan_.start).arg("--jvmopt=-Dstop=" + plan_.stop);
+        run.arg("--jvmopt=-DstopFast=" + plan_.stop).args(plan_.detached ? "--daemon" : "");
+        return run.start();
+    }
+
+    template <typename Condition>
+    void waitUntilSeen(Condition condition)
+    {
+        while (look(), !condition()) {
+            if (interrupted != 0) throw std::runtime_error("interrupted");
+            if (Clock::now() > deadline_) throw std::runtime_error("hangs in" + waits());
+            std::this_thread::sleep_for(kPollStep);
+        }
+    }
+
+    /// What the threads of the children are waiting in.
+    static std::string waits()
+    {
+        std::string text;
+        std::istringstream children(readText("/proc/thread-self/children"));
+        for (std::string pid; children >> pid;) {
+            for (const auto& task : std::filesystem::directory_iterator("/proc/" + pid + "/task")) {
+                text += " " + pid + ":" + readText(task.path() / "wchan");
+            }
+        }
+        return text;
+    }
+
+    /// Takes the status of processes that have ended.
+    void look()
+    {
+        anyLives_ = ChildProcesses::reap();
+        for (Request& request : requests_) {
+            if (!request.client || request.result || !hasEnded(request.client->pid)) continue;
+            request.result = request.client->waitForExit();
+            // Processes are taken in the order of their ends here: what a client saw
+            // gone had been waited for.
+            request.serviceGone = hasEnded(servicePid());
+        }
+        const std::string saved = readText("service.pid");
+        if (savedPid_ == -1 && !saved.empty()) savedPid_ = std::stoi(saved);
+    }
+
+    void perform(const Action& action)
+    {
+        look();
+        // The number of one that has ended may be another's by now.
+        if (servicePid() == -1 || hasEnded(servicePid())) return;
+        const std::string log = "client" + std::to_string(requests_.size()) + ".log";
+        Request request{action, kEnd, false, log};
+        while (request.seen > kLog && !isSeen(request.seen))
+            request.seen = static_cast<Moment>(request.seen - 1);
+        if (action.client.empty()) {
+            kill(servicePid(), action.signal);
+            request.isCertain =
+                action.signal != SIGTERM && request.seen >= kPidFile && !isSeen(kEnd);
+        } else {
+            const std::string pid = action.has("--pidfile") ? "" : std::to_string(servicePid());
+            LauncherRun run(".", action.client + " " + pid + " --clog " + log);
+            request.client = run.program(launcher_).start();
+        }
+        requests_.push_back(request);
+    }
+
+    [[nodiscard]] bool isSeen(Moment moment) const
+    {
+        if (moment == kPidFile) return savedPid_ != -1;
+        const auto& [name, path, text] = kMoments[moment];
+        return std::filesystem::exists(path) && readText(path).find(text) != std::string::npos;
+    }
+
+    /// -1 as long as a detached one is not known.
+    [[nodiscard]] pid_t servicePid() const { return plan_.detached ? savedPid_ : process_.pid; }
+    [[nodiscard]] static bool hasEnded(pid_t pid) { return ChildProcesses::ended.count(pid) != 0; }
+
+    const Clock::time_point deadline_ = Clock::now() + std::chrono::seconds(60);
     pid_t savedPid_ = -1;  ///< out of the PID file, as soon as it was seen
-    bool hung_ = false;
-    std::optional<LauncherResult> firstResult_;
-    std::optional<int> serviceStatus_;
+    bool anyLives_ = true;
 };
