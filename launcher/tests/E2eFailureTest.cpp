@@ -1,7 +1,5 @@
 #include <unistd.h>
 
-#include <array>
-
 #include "EndToEndTest.h"
 
 namespace {
@@ -120,7 +118,7 @@ TEST_F(RaceE2eTest, OfTwoStartsAtTheSameInstantExactlyOneRuns)
         if (leftover != "none") dir.write("service.pid", leftover);
         LauncherRun run = service().args("--quiet").env("FAKE_JVM_UNTIL", "go");
         run.before([] { raise(SIGSTOP); });
-        const std::array starts{run.start(), run.start()};
+        const LauncherProcess starts[] = {run.start(), run.start()};
         for (const LauncherProcess& start : starts) {
             waitid(P_PID, static_cast<id_t>(start.pid), nullptr, WSTOPPED);
         }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -118,7 +119,8 @@ private:
         clearenv();
         for (const auto& [name, value] : environment_) setenv(name.c_str(), value.c_str(), 1);
         std::filesystem::current_path(directory_);
-        // As a shell does, whatever the test runs under; a crash leaves no core file.
+        // As a shell does, whatever the test runs under and has open; a crash leaves no core file.
+        close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
         for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(number, SIG_DFL);
         const rlimit none{};
         setrlimit(RLIMIT_CORE, &none);
