@@ -118,8 +118,7 @@ private:
             request.seen = static_cast<Moment>(request.seen - 1);
         if (action.client.empty()) {
             kill(servicePid(), action.signal);
-            request.isCertain =
-                action.signal != SIGTERM && request.seen >= kPidFile && !isSeen(kEnd);
+            request.isCertain = request.seen >= kPidFile && !isSeen(kEnd);
         } else {
             const std::string pid = action.has("--pidfile") ? "" : std::to_string(servicePid());
             LauncherRun run(".", action.client + " " + pid + " --clog " + log);

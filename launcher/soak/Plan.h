@@ -1,6 +1,5 @@
-// Plan: what one cycle does: how a service is started, what its methods do, and
-// what asks it to end, and when. All of it is drawn from the seed of the cycle,
-// the same on every machine with the same JDKs.
+// Plan: what one cycle does, drawn from its seed: how a service is started, what its
+// methods do, and what asks it to end when. The same on machines with the same JDKs.
 #pragma once
 
 #include <algorithm>
@@ -88,7 +87,7 @@ inline Plan drawPlan(std::uint64_t seed, bool lasts)
     const Action end{SIGUSR1, "stop --pidfile service.pid", kReady, std::chrono::seconds(3)};
     if (lasts) return {plan.jdk, false, "ready,wait", "report,release", {end}};
     plan.detached = dice.below(10) < 4;
-    const std::string sleep = "sleep:" + std::to_string(dice.below(200));
+    const std::string sleep = "sleep:" + std::to_string(dice.below(300));
     const std::string exit = "exit:" + std::to_string(dice.below(100));
     plan.start = "ready," + dice.anyOf({"wait", "wait", "wait", "wait", "wait", "wait",
                                         "wait,throw", sleep, sleep + ",throw", sleep + "," + exit});

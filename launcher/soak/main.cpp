@@ -5,9 +5,8 @@
 //     launcher_soak LAUNCHER DIRECTORY/SEED together  one of many services at once
 //     launcher_soak LAUNCHER                          what ignored requests cost
 //
-// A cycle prints one line: its result, how its service ended, how far that had come
-// at each request, the seed and the plan. What was wrong, also what hangs, goes to
-// standard error; the files stay then.
+// A cycle prints one line: result, end of the service, how far that had come at each
+// request, seed and plan. What was wrong goes to standard error; the files stay then.
 
 #include <array>
 #include <iostream>
@@ -33,8 +32,7 @@ bool runCycle(const fs::path& launcher, bool isOneOfMany)
 }
 
 constexpr int kSignals[] = {SIGUSR1, SIGUSR2, SIGINT};
-// In a quiet JVM it does not grow at all; a leak of half a kB for each request is
-// more than this.
+// A quiet JVM does not grow at all; a leak of half a kB for each request is more.
 constexpr long kMostGrowthKb = 128;
 
 /// Descriptors, threads, and kB of memory that is no file's, after so many requests.
