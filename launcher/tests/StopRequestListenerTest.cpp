@@ -87,6 +87,7 @@ TEST_F(StopRequestListenerTest, LogsEveryRiseAlsoOnesThatMeetOrFollowItsEnd)
         renewListener();  // the raiser may be inside the one that goes
     }
     raiser.join();
+    std::thread([] { InterruptHold().hold(); }).join();  // which puts the action back
     listener_ = nullptr;
     raise(SIGINT);
     EXPECT_EQ(postStopRequest(true), 0);
