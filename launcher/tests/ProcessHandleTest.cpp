@@ -26,7 +26,7 @@ pid_t startVictim(pid_t id = 0)
     arguments.set_tid = id == 0 ? 0 : reinterpret_cast<std::uintptr_t>(&id);
     arguments.set_tid_size = id == 0 ? 0 : 1;
     const long pid = syscall(SYS_clone3, &arguments, sizeof arguments);
-    while (pid == 0) pause();
+    if (pid == 0) _exit(pause());
     return static_cast<pid_t>(pid);
 }
 
