@@ -78,7 +78,6 @@ public final class Service {
                 case "throw" -> fail();
                 case "exit" -> System.exit(Integer.parseInt(words[1]));
                 case "halt" -> Runtime.getRuntime().halt(Integer.parseInt(words[1]));
-                case "crash" -> crash();
                 case "thread" -> new Thread(new FutureTask<>(() -> until(words[1]))).start();
                 case "hook" -> Runtime.getRuntime().addShutdownHook(
                         new Thread(new FutureTask<>(() -> write("hook", ""))));
@@ -109,13 +108,6 @@ public final class Service {
         var failure = new IllegalStateException("не вышло 😀", cause);
         cause.initCause(failure);
         throw failure;
-    }
-
-    private static void crash() throws Exception {
-        Class<?> unsafe = Class.forName("sun.misc.Unsafe");
-        var instance = unsafe.getDeclaredField("theUnsafe");
-        instance.setAccessible(true);
-        unsafe.getMethod("putAddress", long.class, long.class).invoke(instance.get(null), 0L, 0L);
     }
 
     // Runs a process, whose end must be seen.
