@@ -44,6 +44,7 @@ TEST_F(StartFailureE2eTest, NamesWhatCannotBeUsed)
     const std::string text = dir.write("text.so", "16 bytes or more of text");
     const std::tuple<int, std::string, std::string> cases[] = {
         {2, "lib32.so --jclasspath fake.so", "'lib32.so' is not a 64-bit library\n"},
+        {20, "text.so --jclasspath fake.so", "A library format is not ELF: 'text.so'\n"},
         {4, "./broken.so --jclasspath fake.so", "Cannot load JVM library from './broken.so'. "},
         {4, "./nojvm.so --jclasspath fake.so",
          "JVM library './nojvm.so' has no JNI_CreateJavaVM function\n"},
@@ -66,7 +67,10 @@ TEST_F(StartFailureE2eTest, NamesWhatCannotBeUsed)
 TEST_F(StartFailureE2eTest, NamesTheReasonWhyTheJvmWasNotCreated)
 {
     const std::pair<int, std::string> cases[] = {
-        {-1, "unknown error"}, {-6, "invalid arguments"}, {-7, "#bad code#"}, {1, "#bad code#"}};
+        {-1, "unknown error"},      {-2, "thread detached from the VM"}, {-4, "not enough memory"},
+        {-5, "VM already created"}, {-6, "invalid arguments"},           {-7, "#bad code#"},
+        {1, "#bad code#"},
+    };
     for (const auto& [result, reason] : cases) {
         expectFailure(startFake(result), 4,
                       notCreated + "Error " + std::to_string(result) + ": " + reason + "\n");

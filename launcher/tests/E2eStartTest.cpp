@@ -46,7 +46,6 @@ TEST_P(StartE2eTest, RendersTheExceptionOfTheService)
     EXPECT_TRUE(
         log().holds("ERROR JMethod thrown " + method + "javaExceptionMessage='\n" + thrown));
     EXPECT_EQ(log().last(), "ERROR " + result.err.substr(0, result.err.size() - 1) + " exitCode=8");
-    EXPECT_FALSE(exists("service.pid"));
 }
 
 TEST_P(StartE2eTest, WaitsForTheThreadsOfTheServiceAndRemovesThePidFileWhereItIs)

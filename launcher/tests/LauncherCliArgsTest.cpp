@@ -6,8 +6,6 @@
 namespace {
 
 using Mode = LauncherCliArgs::Mode;
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStdout;
 
 class LauncherCliArgsTest : public UnitTest {
 protected:
@@ -97,11 +95,11 @@ TEST_F(LauncherCliArgsTest, ErrorsReachTheLogAndTheRealOutput)
     for (const auto& [words, redirected] : cases) {
         std::filesystem::remove(dir_ / "o");
         const auto args = create(words + L" --cout=@/o");
-        CaptureStdout();
+        testing::internal::CaptureStdout();
         LauncherCliArgs::openConsole(*args, args->getClog())->writeLine(L"text");
         EXPECT_EQ(args->getMode(), Mode::Error);
         EXPECT_EQ(args->getClog(), at(L"@/log"));
-        EXPECT_EQ(GetCapturedStdout(), redirected ? "" : "text\n");
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), redirected ? "" : "text\n");
         EXPECT_EQ(readText(dir_ / "o"), redirected ? "text\n" : "");
     }
     EXPECT_EQ(create(L"start --what --clog=@/log/x")->getClog(), L"");  // below a file
