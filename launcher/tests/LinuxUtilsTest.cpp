@@ -1,4 +1,3 @@
-// What the launcher asks of the system, but for files.
 #include <dlfcn.h>
 
 #include <chrono>
